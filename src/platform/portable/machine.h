@@ -1,0 +1,88 @@
+// The computer that the portable Windows functions see. A test fills one in a few lines and makes it current;
+// otherwise it is read from the folder that QUAYLINK_MACHINE names, and without that it has no device.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/portable/windows_functions.h"
+
+namespace quaylink::portable {
+
+struct RegistryValue {
+  std::string name;
+  std::string data;  // the stored bytes, a text's terminating NUL included where it has one
+};
+
+struct RegistryKey {
+  std::string name;
+  std::vector<RegistryKey> subkeys;  // in the order in which they are enumerated
+  std::vector<RegistryValue> values;
+  bool refusesToOpen = false;
+
+  // The subkey of that name (without regard to case), added at the end when missing.
+  RegistryKey& Subkey(std::string_view subkeyName);
+  // The key at a path of names separated by backslashes, added where missing.
+  RegistryKey& At(std::string_view path);
+};
+
+struct Drive {
+  UINT kind = DRIVE_FIXED;
+  std::filesystem::path root;  // the folder that holds the drive's contents
+};
+
+// In which form the shell hands a folder's name out, or at which step its look-up fails.
+enum class ShellName { kWide, kOffset, kInline, kUnknownKind, kNoLocation, kNoDisplayName };
+
+struct SpecialFolder {
+  std::string path;  // a Windows path in the ANSI code page, without a trailing backslash
+  ShellName name = ShellName::kWide;
+};
+
+struct Machine {
+  DWORD platformId = VER_PLATFORM_WIN32_NT;
+  DWORD majorVersion = 6;
+  DWORD minorVersion = 1;
+  RegistryKey localMachine;
+  std::vector<std::string> devicePaths;  // those that CreateFileA can open, without regard to case
+  std::map<char, Drive> drives;          // by upper-case letter
+  char currentDrive = 'C';               // where a path that begins with a backslash lies
+  std::map<int, SpecialFolder> specialFolders;  // by folder number
+  bool shellHasDesktop = true;
+  bool shellHasAllocator = true;
+  UINT ansiCodePage = CP_UTF8;
+  std::string hostProgramPath = "C:\\Program Files\\Host\\host.exe";
+  std::function<void(DWORD)> sleep;  // in place of waiting, when set
+  std::function<HRESULT(GUID*)> createGuid;  // in place of the system's random source, when set
+
+  // Adds the registry entries and the device path of an attached USB device, as Windows would.
+  void AttachUsbDevice(unsigned productId, std::string_view serial);
+};
+
+// The machine described by a folder: drives/<letter>/… (C is fixed, the others removable) and
+// usb/<VID_xxxx&PID_xxxx>/<serial> for each attached device.
+Machine ReadMachineFolder(const std::filesystem::path& folder);
+
+// The machine that all functions of this layer work on, until it is replaced.
+Machine& CurrentMachine();
+void SetCurrentMachine(Machine machine);
+
+// The host's own path of a local path (see windows_functions.h). A path on a drive that the machine does not
+// have, gives an empty path. Components that do not exist keep their spelling.
+std::filesystem::path HostPath(std::string_view localPath);
+
+// Handles that are open now: what a test compares before and after an operation.
+struct OpenHandles {
+  int registryKeys = 0;
+  int files = 0;
+  int searches = 0;
+  int shellObjects = 0;  // identifier lists, names, desktop folders and allocators handed out
+  bool operator==(const OpenHandles&) const = default;
+};
+OpenHandles CountOpenHandles();
+
+}  // namespace quaylink::portable

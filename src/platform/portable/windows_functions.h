@@ -1,0 +1,210 @@
+// The Windows types, constants and functions that the library uses, for a host that is not Windows. Each
+// function does what Windows documents for the arguments that the library passes: results, output
+// parameters and last results included. They all work on the current Machine.
+//
+// Local paths that begin with a drive letter and ":" or with a backslash are looked up on the machine's drives,
+// without regard to case; every other path is the host's own.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+
+namespace quaylink {
+
+// Types
+
+using BOOL = int;
+using BYTE = std::uint8_t;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using UINT = unsigned int;
+using ULONG = std::uint32_t;
+using LONG = std::int32_t;
+using HRESULT = std::int32_t;
+using WCHAR = char16_t;
+
+struct HandleObject;
+using HANDLE = HandleObject*;
+using HWND = void*;
+struct RegistryKeyHandle;
+using HKEY = RegistryKeyHandle*;
+struct ModuleObject;
+using HMODULE = ModuleObject*;
+using FARPROC = void (*)();
+
+struct FILETIME {
+  DWORD dwLowDateTime;
+  DWORD dwHighDateTime;
+};
+
+struct GUID {
+  std::uint32_t Data1;
+  std::uint16_t Data2;
+  std::uint16_t Data3;
+  std::uint8_t Data4[8];
+};
+
+struct OSVERSIONINFOA {
+  DWORD dwOSVersionInfoSize;
+  DWORD dwMajorVersion;
+  DWORD dwMinorVersion;
+  DWORD dwBuildNumber;
+  DWORD dwPlatformId;
+  char szCSDVersion[128];
+};
+
+struct WIN32_FIND_DATAA {
+  DWORD dwFileAttributes;
+  FILETIME ftCreationTime;
+  FILETIME ftLastAccessTime;
+  FILETIME ftLastWriteTime;
+  DWORD nFileSizeHigh;
+  DWORD nFileSizeLow;
+  DWORD dwReserved0;
+  DWORD dwReserved1;
+  char cFileName[260];
+  char cAlternateFileName[14];
+};
+
+// Constants
+
+inline constexpr UINT MAX_PATH = 260;
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
+
+inline constexpr LONG ERROR_SUCCESS = 0;
+inline constexpr LONG ERROR_FILE_NOT_FOUND = 2;
+inline constexpr LONG ERROR_PATH_NOT_FOUND = 3;
+inline constexpr LONG ERROR_ACCESS_DENIED = 5;
+inline constexpr LONG ERROR_INVALID_HANDLE = 6;
+inline constexpr LONG ERROR_NO_MORE_FILES = 18;
+inline constexpr LONG ERROR_INVALID_PARAMETER = 87;
+inline constexpr LONG ERROR_INSUFFICIENT_BUFFER = 122;
+inline constexpr LONG ERROR_MOD_NOT_FOUND = 126;
+inline constexpr LONG ERROR_PROC_NOT_FOUND = 127;
+inline constexpr LONG ERROR_ALREADY_EXISTS = 183;
+inline constexpr LONG ERROR_MORE_DATA = 234;
+inline constexpr LONG ERROR_NO_MORE_ITEMS = 259;
+
+inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
+
+inline constexpr DWORD VER_PLATFORM_WIN32_NT = 2;
+
+inline constexpr DWORD KEY_READ = 0x20019;
+inline constexpr DWORD GENERIC_READ = 0x80000000;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+inline constexpr DWORD OPEN_EXISTING = 3;
+
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+
+inline constexpr UINT DRIVE_UNKNOWN = 0;
+inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
+inline constexpr UINT DRIVE_REMOVABLE = 2;
+inline constexpr UINT DRIVE_FIXED = 3;
+inline constexpr UINT DRIVE_REMOTE = 4;
+inline constexpr UINT DRIVE_CDROM = 5;
+
+inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
+
+inline constexpr int CSIDL_PERSONAL = 0x05;
+inline constexpr int CSIDL_APPDATA = 0x1A;
+inline constexpr int CSIDL_PROGRAM_FILES_COMMON = 0x2B;
+inline constexpr int CSIDL_PROGRAM_FILES_COMMONX86 = 0x2C;
+
+inline constexpr DWORD SHGDN_FORPARSING = 0x8000;
+inline constexpr UINT STRRET_WSTR = 0;
+inline constexpr UINT STRRET_OFFSET = 1;
+inline constexpr UINT STRRET_CSTR = 2;
+
+// Fixed handle values, as Windows has them: never to be dereferenced.
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x80000002});
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+
+// Results of the calling thread's last failing call, and the system
+
+DWORD GetLastError();
+void SetLastError(DWORD error);
+BOOL GetVersionExA(OSVERSIONINFOA* version);
+void Sleep(DWORD milliseconds);
+
+// Registry
+
+LONG RegOpenKeyExA(HKEY key, const char* subkey, DWORD options, DWORD access, HKEY* result);
+LONG RegEnumKeyExA(HKEY key, DWORD index, char* name, DWORD* nameLength, DWORD* reserved,
+                   char* className, DWORD* classLength, FILETIME* lastWriteTime);
+LONG RegQueryValueExA(HKEY key, const char* valueName, DWORD* reserved, DWORD* type, BYTE* data,
+                      DWORD* dataLength);
+LONG RegCloseKey(HKEY key);
+
+// Drives and files
+
+UINT GetDriveTypeA(const char* rootPath);
+HANDLE CreateFileA(const char* path, DWORD access, DWORD shareMode, void* securityAttributes,
+                   DWORD disposition, DWORD flags, HANDLE templateFile);
+BOOL CloseHandle(HANDLE handle);
+HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry);
+BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA* entry);
+BOOL FindClose(HANDLE search);
+BOOL CopyFileA(const char* source, const char* destination, BOOL failIfExists);
+BOOL CreateDirectoryA(const char* path, void* securityAttributes);
+DWORD GetFileAttributesA(const char* path);
+
+// The C runtime's functions that take a local path
+
+std::FILE* fopen(const char* path, const char* mode);
+int _unlink(const char* path);
+
+// Loaded libraries and the host's program
+
+HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags);
+FARPROC GetProcAddress(HMODULE module, const char* name);
+BOOL FreeLibrary(HMODULE module);
+DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size);
+
+// Texts and identifiers
+
+int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
+                        int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar);
+HRESULT CoCreateGuid(GUID* guid);
+
+// The shell's special folders. Each object has the operations that the library uses, and no others.
+
+struct ITEMIDLIST;
+using LPITEMIDLIST = ITEMIDLIST*;
+
+struct STRRET {
+  UINT uType;
+  union {
+    WCHAR* pOleStr;  // STRRET_WSTR: allocated for the caller, who frees it with the shell's allocator
+    UINT uOffset;    // STRRET_OFFSET: bytes from the start of the identifier list
+    char cStr[MAX_PATH];
+  };
+};
+
+class IMalloc {
+ public:
+  virtual void Free(void* memory) = 0;
+  virtual ULONG Release() = 0;
+
+ protected:
+  ~IMalloc() = default;
+};
+
+class IShellFolder {
+ public:
+  virtual HRESULT GetDisplayNameOf(const ITEMIDLIST* list, DWORD flags, STRRET* name) = 0;
+  virtual ULONG Release() = 0;
+
+ protected:
+  ~IShellFolder() = default;
+};
+
+HRESULT SHGetSpecialFolderLocation(HWND owner, int folderId, LPITEMIDLIST* list);
+HRESULT SHGetDesktopFolder(IShellFolder** desktop);
+HRESULT SHGetMalloc(IMalloc** allocator);
+
+}  // namespace quaylink
