@@ -1,0 +1,80 @@
+#include "mobile/special_folders.h"
+
+#include <memory>
+
+#include "platform/windows_api.h"
+
+namespace quaylink {
+namespace {
+
+struct Release {
+  template <class ShellObject>
+  void operator()(ShellObject* object) const {
+    object->Release();
+  }
+};
+
+// Memory that the shell hands over and its allocator takes back.
+class ShellMemory {
+ public:
+  ShellMemory(IMalloc& allocator, void* memory) : allocator_(allocator), memory_(memory) {}
+  ~ShellMemory() { allocator_.Free(memory_); }
+  ShellMemory(const ShellMemory&) = delete;
+  ShellMemory& operator=(const ShellMemory&) = delete;
+
+ private:
+  IMalloc& allocator_;
+  void* memory_;
+};
+
+std::string ToAnsi(const WCHAR* wide) {
+  char bytes[MAX_PATH] = {};
+  const int length =
+      WideCharToMultiByte(CP_ACP, 0, wide, -1, bytes, sizeof bytes, nullptr, nullptr);
+  return length > 0 ? std::string(bytes) : std::string();
+}
+
+// The text of a name that the shell returned for `list`, whichever way it is handed over.
+std::string TextOf(const STRRET& name, LPITEMIDLIST list, IMalloc& allocator) {
+  switch (name.uType) {
+    case STRRET_WSTR: {
+      const ShellMemory wideName(allocator, name.pOleStr);
+      return ToAnsi(name.pOleStr);
+    }
+    case STRRET_OFFSET:
+      return reinterpret_cast<const char*>(list) + name.uOffset;
+    case STRRET_CSTR:
+      return name.cStr;
+    default:
+      return {};
+  }
+}
+
+}  // namespace
+
+std::string GetSpecialFolderPath(int folderId) {
+  // The allocator comes first: without it nothing that the shell hands out could be given back.
+  IMalloc* allocatorObject = nullptr;
+  if (SHGetMalloc(&allocatorObject) != S_OK) return {};
+  const std::unique_ptr<IMalloc, Release> allocator(allocatorObject);
+
+  LPITEMIDLIST list = nullptr;
+  if (SHGetSpecialFolderLocation(nullptr, folderId, &list) != S_OK) return {};
+  const ShellMemory listMemory(*allocator, list);
+
+  IShellFolder* desktopObject = nullptr;
+  if (SHGetDesktopFolder(&desktopObject) != S_OK) return {};
+  const std::unique_ptr<IShellFolder, Release> desktop(desktopObject);
+
+  STRRET name = {};
+  if (desktop->GetDisplayNameOf(list, SHGDN_FORPARSING, &name) != S_OK) return {};
+  return TextOf(name, list, *allocator);
+}
+
+std::string GetCommonFilesFolder() {
+  std::string folder = GetSpecialFolderPath(CSIDL_PROGRAM_FILES_COMMONX86);
+  if (folder.empty()) folder = GetSpecialFolderPath(CSIDL_PROGRAM_FILES_COMMON);
+  return folder;
+}
+
+}  // namespace quaylink
