@@ -1,0 +1,48 @@
+# What `cmake --install` and CPack hand to a host's developer: a zip for Windows, a tarball elsewhere.
+if(WIN32)
+  set(CMAKE_INSTALL_DOCDIR doc CACHE PATH "Documentation")
+endif()
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS quaylink EXPORT quaylinkTargets
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(TARGET quaylink_host)
+  set_target_properties(quaylink_host PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS quaylink_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
+
+if(WIN32)
+  if(MINGW)
+    install(FILES ${PROJECT_BINARY_DIR}/quaylink.lib DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  endif()
+  set(CPACK_GENERATOR ZIP)
+  set(CPACK_SYSTEM_NAME windows-x86)
+else()
+  set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/quaylink)
+  install(EXPORT quaylinkTargets NAMESPACE quaylink:: FILE quaylinkConfig.cmake
+          DESTINATION ${packageFolder})
+  write_basic_package_version_file(${PROJECT_BINARY_DIR}/quaylinkConfigVersion.cmake
+                                   COMPATIBILITY SameMajorVersion)
+  install(FILES ${PROJECT_BINARY_DIR}/quaylinkConfigVersion.cmake DESTINATION ${packageFolder})
+
+  # Its paths are relative to the file itself, so that the tarball works wherever it is unpacked.
+  file(RELATIVE_PATH prefixFromPkgConfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/quaylink.pc.in ${PROJECT_BINARY_DIR}/quaylink.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/quaylink.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+  set(CPACK_GENERATOR TGZ)
+  string(TOLOWER ${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR} CPACK_SYSTEM_NAME)
+endif()
+
+set(CPACK_PACKAGE_NAME quaylink)
+set(CPACK_PACKAGE_VENDOR Quaylink)
+set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/package)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+include(CPack)
