@@ -1,5 +1,6 @@
-// The computer that the portable Windows functions see. A test fills one in a few lines and makes it current;
-// otherwise it is read from the folder that QUAYLINK_MACHINE names, and without that it has no device.
+// The computer that the portable Windows functions see. A test fills one in a few lines and makes
+// it current; otherwise it is read from the folder that QUAYLINK_MACHINE names, and without that it
+// has no device.
 #pragma once
 
 #include <filesystem>
@@ -56,7 +57,7 @@ struct Machine {
   bool shellHasAllocator = true;
   UINT ansiCodePage = CP_UTF8;
   std::string hostProgramPath = "C:\\Program Files\\Host\\host.exe";
-  std::function<void(DWORD)> sleep;  // in place of waiting, when set
+  std::function<void(DWORD)> sleep;          // in place of waiting, when set
   std::function<HRESULT(GUID*)> createGuid;  // in place of the system's random source, when set
 
   // Adds the registry entries and the device path of an attached USB device, as Windows would.
@@ -71,8 +72,8 @@ Machine ReadMachineFolder(const std::filesystem::path& folder);
 Machine& CurrentMachine();
 void SetCurrentMachine(Machine machine);
 
-// The host's own path of a local path (see windows_functions.h). A path on a drive that the machine does not
-// have, gives an empty path. Components that do not exist keep their spelling.
+// The host's own path of a local path (see windows_functions.h). A path on a drive that the machine
+// does not have, gives an empty path. Components that do not exist keep their spelling.
 std::filesystem::path HostPath(std::string_view localPath);
 
 // Handles that are open now: what a test compares before and after an operation.

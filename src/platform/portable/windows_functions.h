@@ -1,9 +1,9 @@
-// The Windows types, constants and functions that the library uses, for a host that is not Windows. Each
-// function does what Windows documents for the arguments that the library passes: results, output
-// parameters and last results included. They all work on the current Machine.
+// The Windows types, constants and functions that the library uses, for a host that is not Windows.
+// Each function does what Windows documents for the arguments that the library passes: results,
+// output parameters and last results included. They all work on the current Machine.
 //
-// Local paths that begin with a drive letter and ":" or with a backslash are looked up on the machine's drives,
-// without regard to case; every other path is the host's own.
+// Local paths that begin with a drive letter and ":" or with a backslash are looked up on the
+// machine's drives, without regard to case; every other path is the host's own.
 #pragma once
 
 #include <cstddef>
@@ -179,8 +179,9 @@ using LPITEMIDLIST = ITEMIDLIST*;
 struct STRRET {
   UINT uType;
   union {
-    WCHAR* pOleStr;  // STRRET_WSTR: allocated for the caller, who frees it with the shell's allocator
-    UINT uOffset;    // STRRET_OFFSET: bytes from the start of the identifier list
+    WCHAR*
+        pOleStr;   // STRRET_WSTR: allocated for the caller, who frees it with the shell's allocator
+    UINT uOffset;  // STRRET_OFFSET: bytes from the start of the identifier list
     char cStr[MAX_PATH];
   };
 };

@@ -1,0 +1,62 @@
+// Memory for the chunks of one database: handed out front to back from large blocks and given up
+// all at once.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace quaylink {
+
+class Arena {
+ public:
+  Arena() = default;
+  Arena(const Arena&) = delete;
+  Arena& operator=(const Arena&) = delete;
+
+  // Memory that lasts until the next Rewind. Throws std::bad_alloc when there is none.
+  void* Allocate(std::size_t size, std::size_t alignment);
+
+  // Gives back the end of the newest allocation, so that it keeps `newSize` bytes. Does nothing
+  // when something was allocated since.
+  void ShrinkNewest(void* allocation, std::size_t oldSize, std::size_t newSize);
+
+  // Gives up everything that was handed out. The common blocks stay for what is allocated next.
+  void Rewind();
+
+  // Returns the blocks that hold nothing to the system.
+  void Trim();
+
+ private:
+  using Bytes = std::unique_ptr<std::byte[]>;
+
+  void StartBlock();
+
+  std::vector<Bytes> blocks_;    // of the sizes that BlockSize gives
+  std::vector<Bytes> large_;     // one for each allocation that would fill much of a block
+  std::size_t blocksInUse_ = 0;  // the last of them is being filled
+  std::byte* cursor_ = nullptr;
+  std::byte* end_ = nullptr;
+};
+
+// Ends the life of an object in an arena, whose memory goes with the arena.
+struct DestroyInPlace {
+  template <class T>
+  void operator()(T* object) const {
+    std::destroy_at(object);
+  }
+};
+
+// An owning pointer to an object in an arena.
+template <class T>
+using Owned = std::unique_ptr<T, DestroyInPlace>;
+
+template <class T, class... Arguments>
+Owned<T> MakeOwned(Arena& arena, Arguments&&... arguments) {
+  void* memory = arena.Allocate(sizeof(T), alignof(T));
+  return Owned<T>(::new (memory) T(std::forward<Arguments>(arguments)...));
+}
+
+}  // namespace quaylink

@@ -1,0 +1,111 @@
+#include "itunesdb/database.h"
+
+#include "common/checked_at.h"
+
+namespace quaylink {
+
+namespace {
+
+constexpr std::uint32_t kWrittenDatabaseHeader = 188;
+constexpr std::uint32_t kWrittenDataSetHeader = 96;
+constexpr std::uint32_t kShortestDatabaseHeader = 24;  // up to the data-set count
+constexpr std::uint32_t kShortestDataSetHeader = 16;   // up to the type
+
+constexpr std::uint32_t kTrackDataSet = 1;
+
+}  // namespace
+
+DatabaseChunk theDatabase;
+
+DataSetChunk::DataSetChunk(Arena& arena)
+    : Chunk(arena), trackList(arena), playlistList(arena), albumList(arena) {}
+
+Chunk* DataSetChunk::SelectedList() {
+  switch (dataSetType) {
+    case kTrackDataSet:
+    case 6:
+      return &trackList;
+    case 2:
+    case 3:
+    case 5:
+      return &playlistList;
+    case 4:
+      return &albumList;
+    default:
+      return nullptr;
+  }
+}
+
+std::int32_t DataSetChunk::Read(Stream& stream) {
+  if (CheckTag(stream, kDataSetTag) < 0) return FailedRead(stream);
+  if (!ReadWholeHeader<DataSetHeader>(stream, kShortestDataSetHeader, headerLength, totalLength,
+                                      *this)) {
+    return FailedRead(stream);
+  }
+  Chunk* list = SelectedList();
+  if (!list) return FailedRead(stream);
+  list->Read(stream);
+  return static_cast<std::int32_t>(totalLength);
+}
+
+std::int32_t DataSetChunk::Write(Stream& stream) {
+  TotalLengthSlot slot(stream);
+  WriteHeader<DataSetHeader>(stream, kDataSetTag, kWrittenDataSetHeader, 0, *this);
+  Chunk* list = SelectedList();
+  if (!list) return -1;
+  const std::int32_t result = list->Write(stream);
+  if (result < 0) return result;
+  return slot.Fill(kWrittenDataSetHeader + static_cast<std::uint32_t>(result));
+}
+
+std::int32_t DatabaseChunk::Read(Stream& stream) {
+  if (CheckTag(stream, kDatabaseTag) < 0) return FailedRead(stream);
+  if (!ReadWholeHeader<DatabaseHeader>(stream, kShortestDatabaseHeader, headerLength, totalLength,
+                                       *this)) {
+    return FailedRead(stream);
+  }
+  std::uint32_t sum = headerLength;
+  for (std::uint32_t i = 0; i < dataSetCount; ++i) {
+    if (stream.Exhausted()) {
+      sum -= dataSetCount - i;
+      dataSetCount = dataSets.size();
+      break;
+    }
+    DataSetChunk& dataSet = dataSets.Append(arena(), MakeOwned<DataSetChunk>(arena(), arena()));
+    sum += static_cast<std::uint32_t>(dataSet.Read(stream));
+  }
+  return sum == totalLength ? static_cast<std::int32_t>(totalLength) : -1;
+}
+
+std::int32_t DatabaseChunk::Write(Stream& stream) {
+  headerLength = kWrittenDatabaseHeader;
+  TotalLengthSlot slot(stream);
+  WriteHeader<DatabaseHeader>(stream, kDatabaseTag, headerLength, 0, *this);
+  std::uint32_t sum = headerLength;
+  for (std::uint32_t i = 0; i < dataSetCount; ++i) {
+    const std::int32_t result = CheckedAt(dataSets, i)->Write(stream);
+    if (result < 0) return result;
+    sum += static_cast<std::uint32_t>(result);
+  }
+  return slot.Fill(sum);
+}
+
+void DatabaseChunk::Clear() {
+  dataSets.Clear();
+  Rewind();
+}
+
+DataSetChunk& DatabaseChunk::AddDataSet(std::uint32_t type) {
+  DataSetChunk& dataSet = dataSets.Append(arena(), MakeOwned<DataSetChunk>(arena(), arena()));
+  dataSet.dataSetType = type;
+  return dataSet;
+}
+
+DataSetChunk* DatabaseChunk::TrackDataSet() const {
+  for (const auto& dataSet : dataSets) {
+    if (dataSet->dataSetType == kTrackDataSet) return dataSet.get();
+  }
+  return nullptr;
+}
+
+}  // namespace quaylink
