@@ -1,0 +1,117 @@
+#include "samples/sample_database.h"
+
+#include <array>
+#include <string_view>
+
+namespace quaylink::samples {
+
+namespace {
+
+// Header lengths and object types that real players write.
+constexpr std::uint32_t kTrackHeaderLength = 584;
+constexpr std::uint32_t kAlbumTitleObject = 200;
+constexpr std::uint32_t kAlbumArtistObject = 201;
+constexpr std::uint32_t kPositionObject = 100;
+constexpr std::uint32_t kPositionBodyLength = 20;
+
+void AddText(ChunkList<DataObjectChunk>& objects, Arena& arena, std::uint32_t type,
+             const std::u16string& text) {
+  DataObjectChunk& object = objects.Append(arena, MakeOwned<DataObjectChunk>(arena, arena));
+  object.objectType = type;
+  object.SetText(text.c_str());
+}
+
+void AddTrack(const Track& track, Arena& arena, TrackListChunk& list) {
+  Owned<TrackItemChunk> item = MakeOwned<TrackItemChunk>(arena, arena);
+  item->trackId = track.id;
+  item->headerLength = kTrackHeaderLength;
+  for (const Text& text : track.texts) {
+    AddText(item->dataObjects, arena, text.objectType, text.text);
+  }
+  list.tracks.emplace(track.id, std::move(item));
+}
+
+void AddAlbum(const Album& album, Arena& arena, AlbumListChunk& list) {
+  AlbumItemChunk& item = list.albumItems.Append(arena, MakeOwned<AlbumItemChunk>(arena, arena));
+  item.field0x10 = list.albumItems.size();
+  AddText(item.dataObjects, arena, kAlbumTitleObject, album.title);
+  AddText(item.dataObjects, arena, kAlbumArtistObject, album.artist);
+}
+
+void AddPlaylist(const Playlist& playlist, Arena& arena, PlaylistListChunk& list) {
+  PlaylistChunk& chunk = list.AddPlaylist();
+  chunk.masterFlag = playlist.isMaster ? 1 : 0;
+  chunk.GetOrAddDataObject(kTitleObject).SetText(playlist.name.c_str());
+  std::uint32_t position = 0;
+  for (const std::uint32_t trackId : playlist.trackIds) {
+    PlaylistItemChunk& item = chunk.items.Append(arena, MakeOwned<PlaylistItemChunk>(arena, arena));
+    item.field0x18 = trackId;
+    DataObjectChunk& object =
+        item.dataObjects.Append(arena, MakeOwned<DataObjectChunk>(arena, arena));
+    object.objectType = kPositionObject;
+    std::array<std::uint8_t, kPositionBodyLength> body{};
+    StoreLittleEndian(body.data(), ++position);
+    object.rawBody = ArenaArray<std::uint8_t>::CopyOf(arena, body);
+    object.bodyLength = kPositionBodyLength;
+  }
+}
+
+std::u16string Numbered(std::u16string_view text, std::uint32_t number) {
+  std::u16string result(text);
+  for (const char digit : std::to_string(number)) result += static_cast<char16_t>(digit);
+  return result;
+}
+
+}  // namespace
+
+void BuildDatabase(const Library& library, DatabaseChunk& database) {
+  Arena& arena = database.TreeMemory();
+  AlbumListChunk& albums = database.AddDataSet(4).albumList;
+  for (const Album& album : library.albums) AddAlbum(album, arena, albums);
+  TrackListChunk& tracks = database.AddDataSet(1).trackList;
+  for (const Track& track : library.tracks) AddTrack(track, arena, tracks);
+  for (const std::uint32_t type : {3u, 2u}) {
+    PlaylistListChunk& list = database.AddDataSet(type).playlistList;
+    list.ClearPlaylists();
+    for (const Playlist& playlist : library.playlists) AddPlaylist(playlist, arena, list);
+  }
+  database.AddDataSet(5).playlistList.ClearPlaylists();
+}
+
+std::vector<std::uint8_t> WriteDatabase(const Library& library) {
+  DatabaseChunk database;
+  BuildDatabase(library, database);
+  Stream stream;
+  database.Write(stream);
+  const auto bytes = stream.Written();
+  return {bytes.begin(), bytes.end()};
+}
+
+Library MakeLargeLibrary(std::uint32_t trackCount) {
+  constexpr std::uint32_t kTracksPerAlbum = 10;
+  Library library;
+  Playlist all{u"All music", true, {}};
+  for (std::uint32_t i = 0; i < trackCount; ++i) {
+    const std::uint32_t id = 1000 + i;
+    const std::uint32_t album = i / kTracksPerAlbum;
+    if (i % kTracksPerAlbum == 0) {
+      library.albums.push_back({Numbered(u"The collected recordings, volume ", album),
+                                Numbered(u"Artist of volume ", album)});
+    }
+    Track track{id, {}};
+    track.texts = {{kTitleObject, Numbered(u"A song with an ordinary title, number ", i)},
+                   {kLocationObject, Numbered(u":iPod_Control:Music:F07:TRACK", i) + u".m4a"},
+                   {kAlbumObject, Numbered(u"The collected recordings, volume ", album)},
+                   {kArtistObject, Numbered(u"Artist of volume ", album)},
+                   {5, u"Singer/songwriter"},
+                   {6, u"AAC audio file"},
+                   {12, Numbered(u"Composer of volume ", album)},
+                   {22, Numbered(u"Artist of volume ", album)}};
+    library.tracks.push_back(std::move(track));
+    all.trackIds.push_back(id);
+  }
+  library.playlists.push_back(std::move(all));
+  return library;
+}
+
+}  // namespace quaylink::samples

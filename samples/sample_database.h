@@ -1,0 +1,50 @@
+// Builds databases with the library's own chunks and writer, from a description in plain words.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "itunesdb/database.h"
+
+namespace quaylink::samples {
+
+struct Text {
+  std::uint32_t objectType;
+  std::u16string text;
+};
+
+struct Track {
+  std::uint32_t id;
+  std::vector<Text> texts;
+};
+
+struct Album {
+  std::u16string title;
+  std::u16string artist;
+};
+
+struct Playlist {
+  std::u16string name;
+  bool isMaster;
+  std::vector<std::uint32_t> trackIds;
+};
+
+struct Library {
+  std::vector<Track> tracks;
+  std::vector<Album> albums;
+  std::vector<Playlist> playlists;
+};
+
+// Fills an empty database with the data sets that players write: albums, tracks, playlists twice
+// over, and an empty list of smart playlists.
+void BuildDatabase(const Library& library, DatabaseChunk& database);
+
+// The bytes of that database. Throws std::bad_alloc.
+std::vector<std::uint8_t> WriteDatabase(const Library& library);
+
+// A library of made-up tracks with eight texts each, one album for ten tracks, and two playlists of
+// all tracks.
+Library MakeLargeLibrary(std::uint32_t trackCount);
+
+}  // namespace quaylink::samples

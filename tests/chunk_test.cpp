@@ -1,0 +1,178 @@
+// The stream and the conventions that all chunks share.
+
+#include "itunesdb/chunk.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "common/local_file.h"
+#include "itunesdb/database.h"
+#include "support/database_bytes.h"
+
+namespace quaylink::test {
+namespace {
+
+LocalFile FileHolding(const std::string& bytes) {
+  LocalFile file(std::tmpfile());
+  std::fwrite(bytes.data(), 1, bytes.size(), file.get());
+  std::rewind(file.get());
+  return file;
+}
+
+TEST(StreamTest, FileAndMemoryGiveTheSameBytesForAnySequenceOfCalls) {
+  const std::string bytes = Pattern(300'000);
+  const LocalFile file = FileHolding(bytes);
+  Stream fromFile(file.get());
+  Stream fromMemory(AsBytes(bytes));
+  std::minstd_rand random(1);
+  for (int call = 0; call < 3000; ++call) {
+    const std::uint64_t position = fromMemory.Tell();
+    ASSERT_EQ(fromFile.Remaining(), fromMemory.Remaining());
+    switch (random() % 5) {
+      case 0: {
+        const std::size_t size = random() % 3 == 0 ? random() % 100'000 : random() % 300;
+        std::string a(size, '\0');
+        std::string b(size, '\0');
+        const std::size_t got = fromFile.Read(a.data(), size);
+        ASSERT_EQ(got, fromMemory.Read(b.data(), size));
+        ASSERT_EQ(a.substr(0, got), position < bytes.size() ? bytes.substr(position, got) : "");
+        ASSERT_EQ(a, b);
+        break;
+      }
+      case 1: {
+        const auto a = fromFile.Peek(random() % Stream::kLongestPeek);
+        ASSERT_TRUE(std::ranges::equal(a, fromMemory.Peek(a.size())));
+        break;
+      }
+      case 2: {
+        const auto distance = static_cast<std::int64_t>(random() % 50'000);
+        fromFile.SkipBy(distance);
+        fromMemory.SkipBy(distance);
+        break;
+      }
+      default: {
+        const std::uint64_t to = random() % (bytes.size() + 20'000);
+        fromFile.SeekTo(to);
+        fromMemory.SeekTo(to);
+      }
+    }
+  }
+}
+
+TEST(StreamTest, NothingCanBeReadBeyondTheEndAndAWayBackLeadsToTheBytesAgain) {
+  Stream stream(AsBytes("abcdef"));
+  stream.SkipBy(5'000'000'000);
+  char byte = 0;
+  EXPECT_EQ(stream.Read(&byte, 1), 0u);
+  EXPECT_EQ(stream.Remaining(), 0u);
+  EXPECT_TRUE(stream.Peek(4).empty());
+  EXPECT_EQ(stream.Tell(), 5'000'000'000u);
+  stream.SeekTo(4);
+  EXPECT_EQ(stream.Peek(4).size(), 2u);
+}
+
+TEST(StreamTest, WritingGoesOverWhatStandsAtThePosition) {
+  Stream stream;
+  stream.Write("abcdef", 6);
+  stream.SeekTo(2);
+  stream.Write("XY", 2);
+  stream.SeekTo(6);
+  stream.Write("gh", 2);
+  EXPECT_EQ(BytesOf(stream), "abXYefgh");
+}
+
+TEST(ChunkTest, TagsAreComparedWithoutRegardToCaseAndConsumedEitherWay) {
+  const struct {
+    std::string bytes;
+    std::int32_t result;
+    std::uint64_t position;
+  } cases[] = {{"mhodrest", 4, 4},  {"MHOD", 4, 4}, {"mHoD....", 4, 4},
+               {"mhitrest", -1, 4}, {"mho", -1, 3}, {"", -1, 0}};
+  for (const auto& c : cases) {
+    Stream stream(AsBytes(c.bytes));
+    EXPECT_EQ(CheckTag(stream, kDataObjectTag), c.result) << c.bytes;
+    EXPECT_EQ(stream.Tell(), c.position) << c.bytes;
+  }
+}
+
+TEST(ChunkTest, ZerosAreWrittenOnlyForAPositiveCount) {
+  Stream stream;
+  WriteZeros(0, stream);
+  WriteZeros(-5, stream);
+  EXPECT_TRUE(stream.Written().empty());
+  WriteZeros(3, stream);
+  EXPECT_EQ(BytesOf(stream), Zeros(3));
+}
+
+TEST(ChunkTest, AChunkThatIsNotThereFailsAfterFourBytesAndLeavesTheObjectAsItWas) {
+  Arena arena;
+  DataObjectChunk object(arena);
+  TrackItemChunk item(arena);
+  TrackListChunk tracks(arena);
+  AlbumItemChunk album(arena);
+  AlbumListChunk albums(arena);
+  PlaylistItemChunk entry(arena);
+  PlaylistChunk playlist(arena);
+  PlaylistListChunk playlists(arena);
+  DataSetChunk dataSet(arena);
+  DatabaseChunk database;
+  Chunk* const kinds[] = {&object, &item,     &tracks,    &album,   &albums,
+                          &entry,  &playlist, &playlists, &dataSet, &database};
+  for (Chunk* chunk : kinds) {
+    const Reading reading = ReadBytes(*chunk, "mhxx" + U32(500) + U32(500) + Zeros(500));
+    EXPECT_EQ(reading.result, -1);
+    EXPECT_EQ(reading.consumed, 4u);
+    EXPECT_EQ(chunk->headerLength, 0u);
+    EXPECT_EQ(chunk->totalLength, 0u);
+  }
+  EXPECT_EQ(playlists.playlists.size(), 1u);
+}
+
+// Every kind that has words to act on refuses a header that is too short to hold them.
+TEST(ChunkTest, AHeaderTooShortForWhatItsKindNeedsFailsTheChunk) {
+  const struct {
+    std::string tag;
+    std::uint32_t shortest;
+  } cases[] = {{"mhbd", 24}, {"mhsd", 16}, {"mhlt", 12}, {"mhit", 156}, {"mhla", 12},
+               {"mhia", 16}, {"mhlp", 12}, {"mhyp", 20}, {"mhip", 16}};
+  for (const auto& c : cases) {
+    for (const std::uint32_t length : {0u, 11u, c.shortest - 1, c.shortest}) {
+      Arena arena;
+      std::unique_ptr<Chunk> chunk;
+      if (c.tag == "mhbd") chunk = std::make_unique<DatabaseChunk>();
+      if (c.tag == "mhsd") chunk = std::make_unique<DataSetChunk>(arena);
+      if (c.tag == "mhlt") chunk = std::make_unique<TrackListChunk>(arena);
+      if (c.tag == "mhit") chunk = std::make_unique<TrackItemChunk>(arena);
+      if (c.tag == "mhla") chunk = std::make_unique<AlbumListChunk>(arena);
+      if (c.tag == "mhia") chunk = std::make_unique<AlbumItemChunk>(arena);
+      if (c.tag == "mhlp") chunk = std::make_unique<PlaylistListChunk>(arena);
+      if (c.tag == "mhyp") chunk = std::make_unique<PlaylistChunk>(arena);
+      if (c.tag == "mhip") chunk = std::make_unique<PlaylistItemChunk>(arena);
+      // A data set needs a type that is known; the counts of the others are then 0 or beyond their
+      // header.
+      const std::string fields = c.tag == "mhsd" ? U32(4) : U32(0);
+      const std::uint32_t third = c.tag.substr(2, 1) == "l" ? 0 : length;
+      const std::string bytes = c.tag + U32(length) + U32(third) + fields + Zeros(400);
+      const Reading reading = ReadBytes(*chunk, bytes);
+      const bool fits = length >= c.shortest;
+      EXPECT_EQ(reading.result >= 0, fits) << c.tag << " " << length << " " << reading.result;
+      EXPECT_EQ(chunk->headerLength, fits ? length : 0) << c.tag << " " << length;
+    }
+  }
+}
+
+TEST(ChunkTest, CheckedAccessBeyondAListThrows) {
+  Arena arena;
+  TrackItemChunk item(arena);
+  EXPECT_EQ(item.DataObjectCount(), 0);
+  try {
+    item.DataObjectAt(0);
+    FAIL() << "no exception";
+  } catch (const std::out_of_range& error) {
+    EXPECT_STREQ(error.what(), "invalid vector<T> subscript");
+  }
+}
+
+}  // namespace
+}  // namespace quaylink::test
