@@ -36,7 +36,9 @@ TEST(StreamTest, FileAndMemoryGiveTheSameBytesForAnySequenceOfCalls) {
         std::string b(size, '\0');
         const std::size_t got = fromFile.Read(a.data(), size);
         ASSERT_EQ(got, fromMemory.Read(b.data(), size));
-        ASSERT_EQ(a.substr(0, got), position < bytes.size() ? bytes.substr(position, got) : "");
+        ASSERT_EQ(a.substr(0, got), position < bytes.size()
+                                        ? bytes.substr(static_cast<std::size_t>(position), got)
+                                        : "");
         ASSERT_EQ(a, b);
         break;
       }
