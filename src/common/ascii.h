@@ -1,4 +1,4 @@
-// Comparison of 8-bit texts without regard to the case of ASCII letters.
+// 8-bit texts without regard to the case of ASCII letters.
 #pragma once
 
 #include <algorithm>
@@ -8,6 +8,10 @@ namespace quaylink {
 
 constexpr char AsciiLower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+constexpr char AsciiUpper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
 constexpr bool EqualsIgnoringCase(std::string_view a, std::string_view b) {

@@ -1,6 +1,7 @@
 // The computer that the portable Windows functions see. A test fills one in a few lines and makes
 // it current; otherwise it is read from the folder that QUAYLINK_MACHINE names, and without that it
-// has no device.
+// has no device. Windows paths and registry texts are in the machine's ANSI code page, host paths
+// in UTF-8.
 #pragma once
 
 #include <filesystem>
@@ -33,14 +34,15 @@ struct RegistryKey {
 
 struct Drive {
   UINT kind = DRIVE_FIXED;
-  std::filesystem::path root;  // the folder that holds the drive's contents
+  std::filesystem::path
+      root;  // the folder that holds the drive's contents; empty: no medium in the drive
 };
 
 // In which form the shell hands a folder's name out, or at which step its look-up fails.
 enum class ShellName { kWide, kOffset, kInline, kUnknownKind, kNoLocation, kNoDisplayName };
 
 struct SpecialFolder {
-  std::string path;  // a Windows path in the ANSI code page, without a trailing backslash
+  std::string path;  // a Windows path, without a trailing backslash
   ShellName name = ShellName::kWide;
 };
 
@@ -57,10 +59,16 @@ struct Machine {
   bool shellHasAllocator = true;
   UINT ansiCodePage = CP_UTF8;
   std::string hostProgramPath = "C:\\Program Files\\Host\\host.exe";
+  bool abortOnBadHandle =
+      false;  // when a closed or foreign handle is used; else the call just fails
   std::function<void(DWORD)> sleep;          // in place of waiting, when set
   std::function<HRESULT(GUID*)> createGuid;  // in place of the system's random source, when set
+  std::function<void(Machine&)>
+      update;  // reads devices and drives anew from where they come from, when set
 
-  // Adds the registry entries and the device path of an attached USB device, as Windows would.
+  // Adds the registry entries and the device path of an attached USB device, as Windows would. A
+  // hardware id is of the form VID_05AC&PID_1261; a product id alone means one of Apple's.
+  void AttachUsbDevice(std::string_view hardwareId, std::string_view serial);
   void AttachUsbDevice(unsigned productId, std::string_view serial);
 };
 
@@ -72,8 +80,12 @@ Machine ReadMachineFolder(const std::filesystem::path& folder);
 Machine& CurrentMachine();
 void SetCurrentMachine(Machine machine);
 
-// The host's own path of a local path (see windows_functions.h). A path on a drive that the machine
-// does not have, gives an empty path. Components that do not exist keep their spelling.
+// The current machine with its devices and drives read anew.
+Machine& UpToDateMachine();
+
+// The host's own path of a local path (see windows_functions.h). Empty for a path that cannot be on
+// this machine: a drive that it does not have, a network or device path, a name with a character
+// that Windows refuses. Components that do not exist keep their spelling.
 std::filesystem::path HostPath(std::string_view localPath);
 
 // Handles that are open now: what a test compares before and after an operation.

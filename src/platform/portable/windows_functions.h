@@ -3,7 +3,8 @@
 // output parameters and last results included. They all work on the current Machine.
 //
 // Local paths that begin with a drive letter and ":" or with a backslash are looked up on the
-// machine's drives, without regard to case; every other path is the host's own.
+// machine's drives, without regard to the case of ASCII letters; every other path is the host's
+// own, byte for byte.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +12,9 @@
 #include <cstdio>
 
 namespace quaylink {
+
+// The names are those that Windows gives.
+// NOLINTBEGIN(readability-identifier-naming)
 
 // Types
 
@@ -79,13 +83,24 @@ inline constexpr LONG ERROR_PATH_NOT_FOUND = 3;
 inline constexpr LONG ERROR_ACCESS_DENIED = 5;
 inline constexpr LONG ERROR_INVALID_HANDLE = 6;
 inline constexpr LONG ERROR_NO_MORE_FILES = 18;
+inline constexpr LONG ERROR_WRITE_PROTECT = 19;
+inline constexpr LONG ERROR_GEN_FAILURE = 31;
+inline constexpr LONG ERROR_SHARING_VIOLATION = 32;
+inline constexpr LONG ERROR_FILE_EXISTS = 80;
 inline constexpr LONG ERROR_INVALID_PARAMETER = 87;
+inline constexpr LONG ERROR_DISK_FULL = 112;
 inline constexpr LONG ERROR_INSUFFICIENT_BUFFER = 122;
 inline constexpr LONG ERROR_MOD_NOT_FOUND = 126;
 inline constexpr LONG ERROR_PROC_NOT_FOUND = 127;
+inline constexpr LONG ERROR_BAD_PATHNAME = 161;
 inline constexpr LONG ERROR_ALREADY_EXISTS = 183;
+inline constexpr LONG ERROR_BAD_EXE_FORMAT = 193;
+inline constexpr LONG ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr LONG ERROR_MORE_DATA = 234;
 inline constexpr LONG ERROR_NO_MORE_ITEMS = 259;
+inline constexpr LONG ERROR_INVALID_FLAGS = 1004;
+inline constexpr LONG ERROR_KEY_DELETED = 1018;
+inline constexpr LONG ERROR_IO_DEVICE = 1117;
 
 inline constexpr HRESULT S_OK = 0;
 inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
@@ -121,8 +136,10 @@ inline constexpr UINT STRRET_OFFSET = 1;
 inline constexpr UINT STRRET_CSTR = 2;
 
 // Fixed handle values, as Windows has them: never to be dereferenced.
+// NOLINTBEGIN(performance-no-int-to-ptr)
 inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x80000002});
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
+// NOLINTEND(performance-no-int-to-ptr)
 
 // Results of the calling thread's last failing call, and the system
 
@@ -143,6 +160,7 @@ LONG RegCloseKey(HKEY key);
 // Drives and files
 
 UINT GetDriveTypeA(const char* rootPath);
+// Opens the paths of devices, and no others.
 HANDLE CreateFileA(const char* path, DWORD access, DWORD shareMode, void* securityAttributes,
                    DWORD disposition, DWORD flags, HANDLE templateFile);
 BOOL CloseHandle(HANDLE handle);
@@ -167,6 +185,8 @@ DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size);
 
 // Texts and identifiers
 
+// Knows the code pages CP_ACP, CP_UTF8 and 1252, without the approximations that Windows makes for
+// letters that 1252 lacks.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
                         int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar);
 HRESULT CoCreateGuid(GUID* guid);
@@ -207,5 +227,7 @@ class IShellFolder {
 HRESULT SHGetSpecialFolderLocation(HWND owner, int folderId, LPITEMIDLIST* list);
 HRESULT SHGetDesktopFolder(IShellFolder** desktop);
 HRESULT SHGetMalloc(IMalloc** allocator);
+
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace quaylink

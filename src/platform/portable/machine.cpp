@@ -1,0 +1,78 @@
+#include "platform/portable/machine.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "common/ascii.h"
+
+namespace quaylink::portable {
+namespace {
+
+constexpr std::string_view kUsbDeviceInterface = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
+
+Machine InitialMachine() {
+  const char* folder = secure_getenv("QUAYLINK_MACHINE");
+  Machine machine = folder != nullptr && *folder != '\0' ? ReadMachineFolder(folder) : Machine{};
+#if defined(QUAYLINK_ABORT_ON_BAD_HANDLE)
+  machine.abortOnBadHandle = true;
+#endif
+  return machine;
+}
+
+}  // namespace
+
+RegistryKey& RegistryKey::Subkey(std::string_view subkeyName) {
+  const auto found = std::ranges::find_if(subkeys, [subkeyName](const RegistryKey& subkey) {
+    return EqualsIgnoringCase(subkey.name, subkeyName);
+  });
+  if (found != subkeys.end()) return *found;
+  subkeys.emplace_back().name = subkeyName;
+  return subkeys.back();
+}
+
+RegistryKey& RegistryKey::At(std::string_view path) {
+  RegistryKey* key = this;
+  while (!path.empty()) {
+    const std::size_t end = std::min(path.find('\\'), path.size());
+    key = &key->Subkey(path.substr(0, end));
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return *key;
+}
+
+void Machine::AttachUsbDevice(std::string_view hardwareId, std::string_view serial) {
+  std::string name = "USB#";
+  name.append(hardwareId).append("#").append(serial).append("#").append(kUsbDeviceInterface);
+
+  RegistryKey& usb = localMachine.At("SYSTEM\\CurrentControlSet\\Enum\\USB");
+  RegistryKey& parameters = usb.Subkey(hardwareId).Subkey(serial).Subkey("Device Parameters");
+  std::string symbolicName = "\\??\\" + name;
+  symbolicName.push_back('\0');
+  parameters.values = {{"SymbolicName", std::move(symbolicName)}};
+  devicePaths.push_back("\\\\?\\" + name);
+}
+
+void Machine::AttachUsbDevice(unsigned productId, std::string_view serial) {
+  char hardwareId[32];
+  std::snprintf(hardwareId, sizeof hardwareId, "VID_05AC&PID_%04X", productId);
+  AttachUsbDevice(std::string_view(hardwareId), serial);
+}
+
+Machine& CurrentMachine() {
+  static Machine machine = InitialMachine();
+  return machine;
+}
+
+void SetCurrentMachine(Machine machine) {
+  CurrentMachine() = std::move(machine);
+}
+
+Machine& UpToDateMachine() {
+  Machine& machine = CurrentMachine();
+  if (machine.update) machine.update(machine);
+  return machine;
+}
+
+}  // namespace quaylink::portable
