@@ -7,12 +7,16 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "platform/portable/machine.h"
 #include "support/test_machine.h"
+#include "usb/registry.h"
+#include "usb/usb_device_list.h"
 
 namespace quaylink {
 namespace {
@@ -479,6 +483,60 @@ TEST(MachineFolder, IsReadAnewSoThatComingAndGoingIsSeen) {
   EXPECT_EQ(GetFileAttributesA("G:\\"), FILE_ATTRIBUTE_DIRECTORY);
   EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_NO_ROOT_DIR);
   EXPECT_FALSE(isAttached());
+}
+
+// What the walk of the USB tree makes of a computer that a real Windows cannot be made into.
+
+TEST(UsbDeviceListOnAMachine, FailsOnTheVersionsOfWindowsThatItDoesNotKnow) {
+  const struct {
+    DWORD platformId;
+    DWORD majorVersion;
+    int result;
+  } cases[] = {{2, 4, 1}, {2, 5, 1}, {2, 6, 1}, {2, 3, -1}, {2, 10, -1}, {1, 4, -1}};
+  for (const auto& [platformId, majorVersion, result] : cases) {
+    TestMachine machine;
+    machine.AttachDevice(0x1261, "1");
+    CurrentMachine().platformId = platformId;
+    CurrentMachine().majorVersion = majorVersion;
+    EXPECT_EQ(UsbDeviceList().Enumerate(), result) << platformId << " " << majorVersion;
+    std::string text;
+    const std::string parameters =
+        "SYSTEM\\CurrentControlSet\\Enum\\USB\\VID_05AC&PID_1261\\1\\Device Parameters\\";
+    EXPECT_EQ(ReadStringValue(parameters + "SymbolicName", text), result == 1);
+  }
+}
+
+TEST(UsbDeviceListOnAMachine, KeepsTheEntriesFoundBeforeAListingFailed) {
+  const std::string usb = "SYSTEM\\CurrentControlSet\\Enum\\USB\\";
+  const std::string product = usb + "VID_05AC&PID_1294";
+  const std::string tooLong(256, 'x');
+  const struct {
+    const char* what;
+    std::function<void(portable::RegistryKey&)> spoil;
+    int result;
+    bool keepsFirst;
+  } cases[] = {
+      {"USB tree refused", [&](auto& root) { root.At(usb).refusesToOpen = true; }, -1, false},
+      {"parent refused", [](auto& root) { root.At("SYSTEM").refusesToOpen = true; }, -1, false},
+      {"product refused", [&](auto& root) { root.At(product).refusesToOpen = true; }, -1, true},
+      {"product name too long", [&](auto& root) { root.At(usb + tooLong); }, -1, false},
+      {"instance name too long", [&](auto& root) { root.At(product).Subkey(tooLong); }, -1, true},
+      {"parameters refused",
+       [&](auto& root) { root.At(product + "\\B\\Device Parameters").refusesToOpen = true; }, 1,
+       true},
+  };
+  for (const auto& [what, spoil, result, keepsFirst] : cases) {
+    TestMachine machine;
+    machine.AttachDevice(0x1261, "A");
+    machine.AttachDevice(0x1294, "B");
+    spoil(CurrentMachine().localMachine);
+    UsbDeviceList list;
+    EXPECT_EQ(list.Enumerate(), result) << what;
+    if (keepsFirst) {
+      EXPECT_EQ(list.TypeAt(0), 7) << what;
+    }
+    EXPECT_THROW(list.TypeAt(keepsFirst ? 1 : 0), std::out_of_range) << what;
+  }
 }
 
 }  // namespace

@@ -1,0 +1,169 @@
+// The walk of the registry's USB tree.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "support/test_machine.h"
+#include "usb/registry.h"
+#include "usb/usb_device_list.h"
+
+namespace quaylink {
+namespace {
+
+using Names = std::vector<std::string>;
+
+const std::string kUsb = "SYSTEM\\CurrentControlSet\\Enum\\USB\\";
+
+std::vector<int> TypeCodes() {
+  UsbDeviceList list;
+  const std::int32_t count = list.Enumerate();
+  std::vector<int> codes;
+  for (std::int32_t i = 0; i < count; ++i)
+    codes.push_back(list.TypeAt(static_cast<std::size_t>(i)));
+  return codes;
+}
+
+// An instance of a product with that symbolic name, whose device path can be opened when it is
+// given.
+void AddInstance(TestMachine& machine, const std::string& productKey, const std::string& serial,
+                 const std::string& symbolicName, const std::string& devicePath) {
+  machine.SetRegistryText(kUsb + productKey + "\\" + serial + "\\Device Parameters", "SymbolicName",
+                          symbolicName);
+  if (!devicePath.empty()) machine.AddDevicePath(devicePath);
+}
+
+TEST(Registry, PathsAreSplitAtEveryBackslash) {
+  const struct {
+    const char* path;
+    Names components;
+    const char* remainder;
+  } cases[] = {{"", {}, ""},
+               {"Name", {}, "Name"},
+               {"A\\B\\", {"A", "B"}, ""},
+               {"A\\B\\C", {"A", "B"}, "C"},
+               {"\\A\\\\", {"", "A", ""}, ""}};
+  for (const auto& [path, components, remainder] : cases) {
+    Names split = {"kept"};
+    std::string rest = "replaced";
+    SplitRegistryPath(path, split, rest);
+    EXPECT_EQ(Names(split.begin() + 1, split.end()), components) << path;
+    EXPECT_EQ(rest, remainder) << path;
+  }
+}
+
+TEST(Registry, SubkeysAreAppendedUpToTheEndOrTheFirstError) {
+  TestMachine machine;
+  machine.AddRegistryKey("SYSTEM\\QuaylinkTest\\B\\Deep");
+  machine.AddRegistryKey("SYSTEM\\QuaylinkTest\\A");
+  Names names = {"kept"};
+  EXPECT_TRUE(EnumerateSubkeys("SYSTEM\\QuaylinkTest\\", names));
+  EXPECT_EQ(names, (Names{"kept", "B", "A"}));
+  EXPECT_FALSE(EnumerateSubkeys("SYSTEM\\QuaylinkTest", names)) << "no trailing backslash";
+  EXPECT_FALSE(EnumerateSubkeys("SYSTEM\\QuaylinkTest\\None\\", names));
+  EXPECT_EQ(names.size(), 3U);
+  names.clear();
+  EXPECT_TRUE(EnumerateSubkeys("", names));
+  EXPECT_EQ(std::ranges::count(names, "SYSTEM"), 1);
+}
+
+TEST(Registry, ValuesAreReadAsTextsOfUpTo254Characters) {
+  TestMachine machine;
+  const std::string key = "SYSTEM\\QuaylinkTest";
+  const std::string longest(254, 'x');
+  machine.SetRegistryText(key, "Longest", longest);
+  machine.SetRegistryText(key, "TooLong", longest + "x");
+  machine.SetRegistryText(key, "", "default");
+  const struct {
+    const char* name;
+    bool result;
+    std::string text;
+  } cases[] = {{"\\Longest", true, longest},
+               {"\\TooLong", false, "unchanged"},
+               {"\\", true, "default"},
+               {"\\None", false, "unchanged"},
+               {"\\None\\Longest", false, "unchanged"}};
+  for (const auto& [name, result, text] : cases) {
+    std::string read = "unchanged";
+    EXPECT_EQ(ReadStringValue(key + name, read), result) << name;
+    EXPECT_EQ(read, text) << name;
+  }
+}
+
+TEST(UsbDeviceList, EachProductHasItsPlaceInTheTableAsTypeCode) {
+  const struct {
+    unsigned productId;
+    int typeCode;
+  } products[] = {{0x1201, 0},  {0x120A, 5},  {0x1262, 8},  {0x1290, 9},  {0x1292, 11},
+                  {0x1300, 12}, {0x1263, 14}, {0x1293, 15}, {0x1294, 16}, {0x129A, 17}};
+  for (const auto& [productId, typeCode] : products) {
+    TestMachine machine;
+    machine.AttachDevice(productId);
+    EXPECT_EQ(TypeCodes(), std::vector{typeCode});
+  }
+}
+
+TEST(UsbDeviceList, OnlyApplesKnownProductsThatArePresentAreListed) {
+  const std::string name = "USB#VID_05AC&PID_1261#1#{x}";
+  const std::string kernelName = "\\??\\" + name;
+  const std::string path = "\\\\?\\" + name;
+  const struct {
+    const char* productKey;
+    std::string symbolicName;
+    std::string devicePath;
+    std::vector<int> typeCodes;
+  } cases[] = {
+      {"VID_05AC&PID_1261", kernelName, path, {7}},
+      {"vid_05ac&pid_1291", kernelName, path, {10}},
+      {"VID_05AC&PID_1291&MI_00", kernelName, path, {}},
+      {"VID_05AC&PID_1299", kernelName, path, {}},
+      {"VID_05AD&PID_1261", kernelName, path, {}},
+      {"VID_05AC&PID_1261", kernelName, "", {}},
+      {"VID_05AC&PID_1261", "", path, {}},
+      {"VID_05AC&PID_1261", path, path, {7}},
+      {"VID_05AC&PID_1261", "\\??\\usb#1", "\\\\?\\usb#1", {}},
+      {"VID_05AC&PID_1261", "x\\??\\USB#\\??\\USB#y", "x\\\\?\\USB#\\\\?\\USB#y", {7}},
+      {"VID_05AC&PID_1261", kernelName + std::string(250, 'x'), path, {}},
+  };
+  for (const auto& [productKey, symbolicName, devicePath, typeCodes] : cases) {
+    TestMachine machine;
+    AddInstance(machine, productKey, "1", symbolicName, devicePath);
+    EXPECT_EQ(TypeCodes(), typeCodes) << productKey << " " << symbolicName;
+  }
+}
+
+TEST(UsbDeviceList, EntriesFollowTheRegistrysOrderAndAreAppended) {
+  TestMachine machine;
+  machine.AddRegistryKey(kUsb + "ROOT_HUB20\\4");
+  machine.AttachDevice(0x1294, "B");
+  machine.AttachDevice(0x1261, "A");
+  machine.AttachDevice(0x1294, "C");
+  machine.AddRegistryKey(kUsb + "VID_05AC&PID_1261\\once");
+  EXPECT_EQ(TypeCodes(), (std::vector{16, 16, 7}));
+
+  UsbDeviceList list;
+  EXPECT_EQ(list.Enumerate(), 3);
+  machine.DetachDevices();
+  EXPECT_EQ(list.Enumerate(), 3);
+  machine.AttachDevice(0x1203);
+  EXPECT_EQ(list.Enumerate(), 4);
+  EXPECT_EQ(list.TypeAt(3), 1);
+}
+
+TEST(UsbDeviceList, WithoutDevicesIsEmptyAndHasNoTypes) {
+  TestMachine machine;
+  UsbDeviceList list;
+  EXPECT_EQ(list.Enumerate(), 0);
+  try {
+    list.TypeAt(0);
+    FAIL() << "an entry of an empty list";
+  } catch (const std::out_of_range& exception) {
+    EXPECT_STREQ(exception.what(), "invalid vector<T> subscript");
+  }
+}
+
+}  // namespace
+}  // namespace quaylink
