@@ -41,6 +41,9 @@ class TestMachine {
   // Makes the shell name that folder, or none when the path is empty.
   void SetSpecialFolder(int folderId, const std::string& path);
 
+  // Makes that code page the ANSI code page. False where it is another one and cannot be changed.
+  bool UseCodePage(UINT codePage);
+
   // The path of a file of that name in a folder of the test's own, outside all drives.
   std::string LocalPath(std::string_view name) const;
 

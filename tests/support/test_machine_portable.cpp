@@ -94,6 +94,11 @@ std::string TestMachine::ReadFile(const std::string& path) const {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+bool TestMachine::UseCodePage(UINT codePage) {
+  CurrentMachine().ansiCodePage = codePage;
+  return true;
+}
+
 void TestMachine::SetSpecialFolder(int folderId, const std::string& path) {
   if (path.empty()) {
     CurrentMachine().specialFolders.erase(folderId);

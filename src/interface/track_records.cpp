@@ -1,0 +1,124 @@
+// From the chunks of a database to the records that a host gets.
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "common/local_file.h"
+#include "interface/device_manager.h"
+#include "itunesdb/database.h"
+#include "platform/windows_api.h"
+
+namespace quaylink {
+
+namespace {
+
+constexpr std::size_t kLongestText = QUAYLINK_TEXT_SIZE - 1;
+
+// A text of a record in the making, in the ANSI code page.
+struct AnsiText {
+  char bytes[QUAYLINK_TEXT_SIZE];
+  std::size_t length = 0;
+  bool whole = true;  // false when only the first characters fit
+};
+
+bool IsHighSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xD800;
+}
+bool IsLowSurrogate(char16_t unit) {
+  return (unit & 0xFC00) == 0xDC00;
+}
+
+// Zero units is an error to WideCharToMultiByte, and so is a result that does not fit: both give 0.
+std::size_t ToAnsi(std::u16string_view text, char* bytes, std::size_t capacity) {
+  return static_cast<std::size_t>(WideCharToMultiByte(
+      CP_ACP, 0, reinterpret_cast<const WCHAR*>(text.data()), static_cast<int>(text.size()), bytes,
+      static_cast<int>(capacity), nullptr, nullptr));
+}
+
+// The whole characters at the beginning of the text that fit.
+void ConvertWhatFits(std::u16string_view text, AnsiText& result) {
+  while (!text.empty()) {
+    const bool pair = text.size() > 1 && IsHighSurrogate(text[0]) && IsLowSurrogate(text[1]);
+    const std::u16string_view character = text.substr(0, pair ? 2 : 1);
+    char bytes[16];
+    const std::size_t length = ToAnsi(character, bytes, sizeof(bytes));
+    if (length > kLongestText - result.length) return;
+    std::memcpy(result.bytes + result.length, bytes, length);
+    result.length += length;
+    text.remove_prefix(character.size());
+  }
+}
+
+AnsiText Convert(const ArenaArray<char16_t>& wideText) {
+  AnsiText result;
+  const std::u16string_view units = wideText ? std::u16string_view(wideText.data()) : u"";
+  if (!units.empty()) {
+    result.length = ToAnsi(units, result.bytes, kLongestText);
+    result.whole = result.length > 0;
+    if (!result.whole) ConvertWhatFits(units, result);
+  }
+  result.bytes[result.length] = '\0';
+  return result;
+}
+
+void CopyText(const AnsiText& text, char (&field)[QUAYLINK_TEXT_SIZE]) {
+  std::memcpy(field, text.bytes, text.length + 1);
+}
+
+// Players store the location with ":" between its parts.
+void CopyLocation(AnsiText text, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
+  const std::size_t prefix = driveLetter ? 2 : 0;
+  field[0] = '\0';
+  if (!text.whole || prefix + text.length > kLongestText) return;
+  std::replace(text.bytes, text.bytes + text.length, ':', driveLetter ? '\\' : '/');
+  if (driveLetter) {
+    field[0] = driveLetter;
+    field[1] = ':';
+  }
+  std::memcpy(field + prefix, text.bytes, text.length + 1);
+}
+
+void AddText(const DataObjectChunk& object, char driveLetter, TrackRecord& record) {
+  switch (object.objectType) {
+    case kTitleObject:
+      return CopyText(Convert(object.wideText), record.title);
+    case kLocationObject:
+      return CopyLocation(Convert(object.wideText), driveLetter, record.location);
+    case kAlbumObject:
+      return CopyText(Convert(object.wideText), record.album);
+    case kArtistObject:
+      return CopyText(Convert(object.wideText), record.artist);
+    default:
+      return;
+  }
+}
+
+}  // namespace
+
+bool DeviceManager::Parse(const char* databasePath) {
+  LocalFile file(fopen(databasePath, "rb"));
+  if (!file) return false;
+  theDatabase.Clear();
+  Stream stream(file.get());
+  const std::int32_t result = theDatabase.Read(stream);
+  file.reset();
+  theDatabase.ReleaseUnusedMemory();
+  if (result < 0) return false;
+
+  const DataSetChunk* dataSet = theDatabase.TrackDataSet();
+  trackRecords.reserve(dataSet ? dataSet->trackList.tracks.size() : 0);
+  trackRecords.clear();
+  if (dataSet) BuildTrackRecords(dataSet->trackList);
+  return true;
+}
+
+void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
+  for (const auto& [id, item] : trackList.tracks) {
+    TrackRecord& record = trackRecords.emplace_back();
+    const auto count = static_cast<std::uint32_t>(item->DataObjectCount());
+    for (std::uint32_t i = 0; i < count; ++i) AddText(item->DataObjectAt(i), driveLetter, record);
+  }
+}
+
+}  // namespace quaylink
