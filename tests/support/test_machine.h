@@ -26,7 +26,8 @@ class TestMachine {
   // local machine.
   void AddRegistryKey(std::string_view keyPath);
   void SetRegistryText(std::string_view keyPath, std::string_view valueName, std::string_view text);
-  void AddDevicePath(std::string_view devicePath);
+  // False where no device can have such a path.
+  bool AddDevicePath(std::string_view devicePath);
 
   // Adds an empty drive, DRIVE_REMOVABLE or of another kind.
   void AddDrive(char letter, UINT kind = DRIVE_REMOVABLE);

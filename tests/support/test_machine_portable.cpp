@@ -58,8 +58,9 @@ void TestMachine::SetRegistryText(std::string_view keyPath, std::string_view val
   CurrentMachine().localMachine.At(keyPath).values.push_back({std::string(valueName), data});
 }
 
-void TestMachine::AddDevicePath(std::string_view devicePath) {
+bool TestMachine::AddDevicePath(std::string_view devicePath) {
   CurrentMachine().devicePaths.emplace_back(devicePath);
+  return true;
 }
 
 void TestMachine::AddDrive(char letter, UINT kind) {
