@@ -1,0 +1,95 @@
+// quaylink-sample: makes sample databases, and sample machines with a player or a phone attached.
+
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+
+#include "samples/sample_music.h"
+
+namespace fs = std::filesystem;
+using namespace quaylink::samples;
+
+namespace {
+
+void WriteFile(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
+  fs::create_directories(path.parent_path());
+  std::ofstream file(path, std::ios::binary);
+  file.exceptions(std::ios::badbit | std::ios::failbit);
+  file.write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+}
+
+void WriteText(const fs::path& path, const std::string& text) {
+  WriteFile(path, {text.begin(), text.end()});
+}
+
+// The database and the files of the sample music, below a device's root.
+void WriteMusic(const fs::path& root, const std::string& controlFolder) {
+  const auto music = SampleMusic(controlFolder);
+  WriteFile(root / controlFolder / "iTunes" / "iTunesDB", WriteDatabase(SampleLibrary(music)));
+  for (const SampleTrack& track : music) WriteFile(root / track.file, ToneFile(track.toneHertz));
+}
+
+// A machine with a player in disk mode on E:, among drives that are not the player's.
+void MakePlayer(const fs::path& machine) {
+  const fs::path drives = machine / "drives";
+  WriteText(machine / "usb" / "VID_046D&PID_C077" / "5&1A2B3C4D&0&2", "");
+  WriteText(machine / "usb" / "VID_05AC&PID_1261" / "000A270010203040", "");
+  WriteText(drives / "c" / "iPod_Control" / "Music" / "a backup, on a fixed drive.txt", "");
+  WriteText(drives / "d" / "Pictures" / "a memory stick.txt", "");
+  WriteMusic(drives / "e", "iPod_Control");
+}
+
+// A machine with a phone. Its file system is the folder "phone", which the stand-in for the maker's
+// libraries serves; the stand-in's script is "phone.txt".
+void MakePhone(const fs::path& machine, const fs::path& libraries) {
+  const fs::path installed = machine / "drives" / "c" / "Program Files" / "Common Files" / "Apple" /
+                             "Mobile Device Support" / "bin";
+  fs::create_directories(installed);
+  for (const char* name : {"CoreFoundation.dll", "iTunesMobileDevice.dll"}) {
+    fs::copy_file(libraries / name, installed / name, fs::copy_options::overwrite_existing);
+  }
+  WriteText(machine / "usb" / "VID_05AC&PID_1290" / "5f2e1d0c9b8a7f6e5d4c3b2a190807f6e5d4c3b2", "");
+  const fs::path phone = machine / "phone";
+  WriteMusic(phone, "iTunes_Control");
+  WriteText(phone / "DCIM" / "100APPLE" / "IMG_0001.JPG", "a picture of the harbour\n");
+  WriteText(phone / "Books" / "Sailing.txt", "Mind the tide.\n");
+  fs::create_directories(phone / "Downloads");
+  WriteText(machine / "phone.txt", "folder phone\nidentifier 5f2e1d0c9b8a7f6e5d4c3b2a\n");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Makes sample databases, players and phones for trying Quaylink.");
+  app.require_subcommand(1);
+  fs::path destination;
+  fs::path libraries;
+  std::uint32_t trackCount = 0;
+
+  CLI::App* database = app.add_subcommand("database", "Write a database file");
+  database->add_option("FILE", destination, "The file to write")->required();
+  database->add_option("--tracks", trackCount, "A made-up library of this many tracks instead");
+  CLI::App* player = app.add_subcommand("player", "Make a machine with a player attached");
+  player->add_option("FOLDER", destination, "The machine's folder")->required();
+  CLI::App* phone = app.add_subcommand("phone", "Make a machine with a phone attached");
+  phone->add_option("FOLDER", destination, "The machine's folder")->required();
+  phone->add_option("LIBRARIES", libraries, "The folder of the two stand-in libraries")->required();
+  CLI11_PARSE(app, argc, argv);
+
+  try {
+    if (*player) MakePlayer(destination);
+    if (*phone) MakePhone(destination, libraries);
+    if (*database) {
+      const Library library = trackCount > 0 ? MakeLargeLibrary(trackCount)
+                                             : SampleLibrary(SampleMusic("iPod_Control"));
+      WriteFile(destination, WriteDatabase(library));
+    }
+  } catch (const std::exception& error) {
+    std::cerr << "quaylink-sample: " << error.what() << '\n';
+    return 1;
+  }
+  return 0;
+}
