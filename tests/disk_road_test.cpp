@@ -109,8 +109,8 @@ TEST_F(DiskRoadTest, ADestinationThatCannotBeCreatedFailsTheCopy) {
 }
 
 TEST_F(DiskRoadTest, TheFirstDeviceListedDecidesTheRoad) {
-  machine.AttachDevice(0x1290, "first");
-  machine.AttachDevice(kPlayer, "second");
+  machine.AttachDevice(0x1290);
+  machine.AttachDevice(0x1300);
   AddPlayerDrive('F');
   EXPECT_TRUE(manager.Detect());
   EXPECT_NE(manager.bridge, nullptr);

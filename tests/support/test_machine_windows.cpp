@@ -61,9 +61,10 @@ void SetText(HKEY hive, const std::string& keyPath, const std::string& name,
   RegCloseKey(key);
 }
 
-// Wine opens the device path \\?\NAME where a file of that name in lower case lies in this folder.
+// X: is the root of the computer that runs Wine, and Wine opens the device path \\?\NAME where a
+// file of that name in lower case lies in this folder.
 fs::path DeviceFolder() {
-  return "Z:" + EnvironmentText("WINEPREFIX") + "/dosdevices";
+  return "X:" + EnvironmentText("WINEPREFIX") + "/dosdevices";
 }
 
 fs::path DriveFolder(char letter) {
