@@ -1,30 +1,17 @@
 // The Windows functions of the portable layer, held to what Windows documents for them.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <functional>
 #include <set>
-#include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "platform/portable/machine.h"
 #include "support/test_machine.h"
-#include "usb/registry.h"
-#include "usb/usb_device_list.h"
 
 namespace quaylink {
 namespace {
 
-namespace fs = std::filesystem;
 using portable::CurrentMachine;
-using portable::HostPath;
-using std::string_literals::operator""s;
 
 LONG LastError() {
   return static_cast<LONG>(GetLastError());
@@ -34,20 +21,6 @@ HKEY OpenKey(const char* path) {
   HKEY key = nullptr;
   EXPECT_EQ(RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key), ERROR_SUCCESS) << path;
   return key;
-}
-
-std::vector<std::string> Find(const std::string& pattern) {
-  std::vector<std::string> names;
-  WIN32_FIND_DATAA entry;
-  HANDLE search = FindFirstFileA(pattern.c_str(), &entry);
-  if (search == INVALID_HANDLE_VALUE) return {"error " + std::to_string(GetLastError())};
-  do {
-    const bool isFolder = (entry.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    names.push_back(entry.cFileName + (isFolder ? "\\"s : ""s));
-  } while (FindNextFileA(search, &entry) != 0);
-  EXPECT_EQ(LastError(), ERROR_NO_MORE_FILES);
-  EXPECT_TRUE(FindClose(search));
-  return names;
 }
 
 std::string Narrow(UINT codePage, const std::u16string& wide) {
@@ -158,157 +131,6 @@ TEST(PortableDevices, OpenOnlyWhereAttachedAndForOneAtATime) {
   machine.DetachDevices();
   EXPECT_EQ(open(path), INVALID_HANDLE_VALUE);
   EXPECT_EQ(LastError(), ERROR_FILE_NOT_FOUND);
-}
-
-TEST(PortablePaths, FollowNamesWithoutRegardToCase) {
-  TestMachine machine;
-  machine.AddDrive('F');
-  machine.WriteFile("F:\\iPod_Control\\iTunes\\iTunesDB", "db");
-  machine.WriteFile("C:\\here", "c");
-  const fs::path root = CurrentMachine().drives.at('F').root;
-  const fs::path database = root / "iPod_Control/iTunes/iTunesDB";
-  const struct {
-    const char* path;
-    fs::path host;
-  } cases[] = {
-      {"f:\\IPOD_CONTROL\\itunes\\ITUNESDB", database},
-      {"F:/iPod_Control\\.\\Music\\..\\\\iTunes/iTunesDB", database},
-      {"F:\\..\\..\\ipod_control\\New\\Name", root / "iPod_Control/New/Name"},
-      {"F:\\", root},
-      {"\\HERE", CurrentMachine().drives.at('C').root / "here"},
-      {"F:\\a?b", {}},
-      {"G:\\iPod_Control", {}},
-      {"\\\\server\\share\\file", {}},
-      {"/usr/share", "/usr/share"},
-      {"relative/F:", "relative/F:"},
-  };
-  for (const auto& [path, host] : cases) EXPECT_EQ(HostPath(path), host) << path;
-
-  // Of two names that differ in case only, the one spelled exactly is meant.
-  std::ofstream(root / "NAME").put('1');
-  std::ofstream(root / "name").put('2');
-  EXPECT_EQ(HostPath("F:\\name"), root / "name");
-  EXPECT_EQ(HostPath("F:\\NAME"), root / "NAME");
-}
-
-TEST(PortablePaths, TakeNamesInTheAnsiCodePage) {
-  TestMachine machine;
-  std::ofstream(CurrentMachine().drives.at('C').root / "caf\xC3\xA9 \xE2\x82\xAC").put('1');
-  CurrentMachine().ansiCodePage = 1252;
-  EXPECT_EQ(GetFileAttributesA("C:\\CAF\xE9 \x80"), FILE_ATTRIBUTE_NORMAL);
-  EXPECT_EQ(Find("C:\\*"), std::vector{"caf\xE9 \x80"s});
-}
-
-TEST(PortableDrives, HaveTheirKindWhileTheyAreThere) {
-  TestMachine machine;
-  machine.AddDrive('F');
-  CurrentMachine().drives['R'] = {DRIVE_CDROM, {}};
-  const struct {
-    const char* root;
-    UINT kind;
-  } cases[] = {{"F:\\", 2}, {"f:", 2},    {"C:\\", 3}, {"R:\\", 5},
-               {"G:\\", 1}, {"F:\\x", 1}, {"", 1}};
-  for (const auto& [root, kind] : cases) EXPECT_EQ(GetDriveTypeA(root), kind) << root;
-  EXPECT_EQ(GetDriveTypeA(nullptr), DRIVE_FIXED);
-  machine.TakeDriveAway('F');
-  EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_NO_ROOT_DIR);
-}
-
-TEST(PortableSearch, DeliversMatchesInOrderWithTheFoldersOwnEntriesFirst) {
-  TestMachine machine;
-  for (const char* name : {"b.txt", "B", "a.TXT", "_c", "noext"}) {
-    machine.WriteFile("C:\\dir\\"s + name, "x");
-  }
-  machine.AddFolder("C:\\dir\\sub");
-  using Names = std::vector<std::string>;
-  EXPECT_EQ(Find("C:\\DIR\\*.*"),
-            (Names{".\\", "..\\", "_c", "a.TXT", "B", "b.txt", "noext", "sub\\"}));
-  EXPECT_EQ(Find("C:\\dir\\*"), Find("C:\\dir\\*.*"));
-  EXPECT_EQ(Find("C:\\dir\\*.txt"), (Names{"a.TXT", "b.txt"}));
-  EXPECT_EQ(Find("C:\\dir\\?.t*"), (Names{"a.TXT", "b.txt"}));
-  EXPECT_EQ(Find("C:\\dir\\SUB"), Names{"sub\\"});
-  EXPECT_EQ(Find("C:\\dir\\sub\\*.*"), (Names{".\\", "..\\"}));
-  EXPECT_EQ(Find("C:\\*.*"), Names{"dir\\"});
-  EXPECT_EQ(Find("C:\\dir\\none"), Names{"error 2"});
-  EXPECT_EQ(Find("C:\\none\\*.*"), Names{"error 3"});
-  EXPECT_EQ(Find("G:\\*.*"), Names{"error 3"});
-  EXPECT_EQ(Find(fs::path(HostPath("C:\\dir")).string() + "/_*"), Names{"_c"});
-}
-
-TEST(PortableSearch, GivesSizesAndPassesOverWhatHasVanished) {
-  TestMachine machine;
-  machine.WriteFile("C:\\1", "12345");
-  machine.WriteFile("C:\\2", "");
-  WIN32_FIND_DATAA entry;
-  HANDLE search = FindFirstFileA("C:\\*", &entry);
-  ASSERT_NE(search, INVALID_HANDLE_VALUE);
-  EXPECT_EQ(entry.nFileSizeLow, 5U);
-  EXPECT_EQ(_unlink("C:\\2"), 0);
-  EXPECT_FALSE(FindNextFileA(search, &entry));
-  EXPECT_TRUE(FindClose(search));
-}
-
-TEST(PortableFiles, CopyReplacesTheDestinationAndKeepsTheTime) {
-  TestMachine machine;
-  const std::string contents(700'001, '\x01');
-  machine.WriteFile("C:\\source", contents);
-  machine.WriteFile("C:\\copy", std::string(800'000, 'o'));
-  fs::last_write_time(HostPath("C:\\source"),
-                      fs::file_time_type::clock::now() - std::chrono::hours(5));
-  EXPECT_TRUE(CopyFileA("C:\\SOURCE", "C:\\copy", 0));
-  EXPECT_EQ(machine.ReadFile("C:\\copy"), contents);
-  EXPECT_EQ(fs::last_write_time(HostPath("C:\\copy")), fs::last_write_time(HostPath("C:\\source")));
-}
-
-TEST(PortableFiles, CopyFailsWithTheReason) {
-  TestMachine machine;
-  machine.AddDrive('F');
-  machine.WriteFile("F:\\source", "new");
-  machine.WriteFile("C:\\old", "old");
-  machine.AddFolder("C:\\folder");
-  const struct {
-    const char* source;
-    const char* destination;
-    BOOL failIfExists;
-    LONG error;
-  } cases[] = {
-      {"F:\\none", "C:\\x", 0, 2},         {"F:\\none\\none", "C:\\x", 0, 3},
-      {"F:\\source", "C:\\none\\x", 0, 3}, {"F:\\source", "C:\\folder", 0, 5},
-      {"C:\\folder", "C:\\x", 0, 5},       {"F:\\source", "C:\\old", 1, 80},
-      {"F:\\source", "F:\\Source", 0, 32}, {"F:\\source", "/dev/full", 0, 112},
-      {"F:\\source", "C:\\old\\x", 0, 3},  {"F:\\source", "Q:\\x", 0, 3},
-      {"F:\\source", "C:\\a\"b", 0, 3},
-  };
-  for (const auto& [source, destination, failIfExists, error] : cases) {
-    EXPECT_FALSE(CopyFileA(source, destination, failIfExists)) << source << " to " << destination;
-    EXPECT_EQ(LastError(), error) << source << " to " << destination;
-  }
-  EXPECT_FALSE(machine.Exists("C:\\x"));
-  EXPECT_EQ(machine.ReadFile("C:\\old"), "old");
-  EXPECT_EQ(machine.ReadFile("F:\\source"), "new");
-  machine.TakeDriveAway('F');
-  EXPECT_FALSE(CopyFileA("F:\\source", "C:\\old", 0));
-  EXPECT_EQ(machine.ReadFile("C:\\old"), "old");
-}
-
-TEST(PortableFiles, FoldersAreNeitherMadeTwiceNorOpenedAsFiles) {
-  TestMachine machine;
-  EXPECT_TRUE(CreateDirectoryA("C:\\Folder", nullptr));
-  EXPECT_FALSE(CreateDirectoryA("C:\\FOLDER", nullptr));
-  EXPECT_EQ(LastError(), ERROR_ALREADY_EXISTS);
-  EXPECT_FALSE(CreateDirectoryA("C:\\none\\x", nullptr));
-  EXPECT_EQ(LastError(), ERROR_PATH_NOT_FOUND);
-  EXPECT_EQ(GetFileAttributesA("C:\\folder"), FILE_ATTRIBUTE_DIRECTORY);
-  EXPECT_EQ(GetFileAttributesA("C:\\none"), INVALID_FILE_ATTRIBUTES);
-  EXPECT_EQ(LastError(), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(fopen("C:\\folder", "rb"), nullptr);
-  EXPECT_EQ(errno, EACCES);
-  EXPECT_EQ(fopen("Z:\\file", "wb"), nullptr);
-  std::FILE* file = fopen("C:\\folder\\file", "wb");
-  ASSERT_NE(file, nullptr);
-  std::fclose(file);
-  EXPECT_EQ(_unlink("C:\\FOLDER\\FILE"), 0);
-  EXPECT_FALSE(machine.Exists("C:\\folder\\file"));
 }
 
 TEST(PortableModules, CountReferencesAndNameThemselves) {
@@ -457,86 +279,6 @@ TEST(PortableSystem, MakesIdentifiersThatDifferAndLetsATestReplaceThem) {
   CurrentMachine().sleep = [&waited](DWORD milliseconds) { waited += milliseconds; };
   Sleep(60'000);
   EXPECT_EQ(waited, 60'000U);
-}
-
-TEST(MachineFolder, IsReadAnewSoThatComingAndGoingIsSeen) {
-  TestMachine machine;
-  const fs::path folder = machine.LocalPath("machine");
-  fs::create_directories(folder / "drives/C");
-  fs::create_directories(folder / "drives/f");
-  fs::create_directories(folder / "usb/VID_05AC&PID_1261/SERIAL");
-  portable::SetCurrentMachine(portable::ReadMachineFolder(folder));
-  const auto isAttached = [] {
-    HKEY key = nullptr;
-    const char* path = "SYSTEM\\CurrentControlSet\\Enum\\USB\\VID_05AC&PID_1261\\SERIAL";
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-    RegCloseKey(key);
-    return true;
-  };
-  EXPECT_TRUE(isAttached());
-  EXPECT_EQ(GetDriveTypeA("C:\\"), DRIVE_FIXED);
-  EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_REMOVABLE);
-  EXPECT_EQ(GetDriveTypeA("G:\\"), DRIVE_NO_ROOT_DIR);
-  fs::rename(folder / "drives/f", folder / "drives/g");
-  fs::remove_all(folder / "usb/VID_05AC&PID_1261");
-  EXPECT_EQ(GetFileAttributesA("F:\\"), INVALID_FILE_ATTRIBUTES);
-  EXPECT_EQ(GetFileAttributesA("G:\\"), FILE_ATTRIBUTE_DIRECTORY);
-  EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_NO_ROOT_DIR);
-  EXPECT_FALSE(isAttached());
-}
-
-// What the walk of the USB tree makes of a computer that a real Windows cannot be made into.
-
-TEST(UsbDeviceListOnAMachine, FailsOnTheVersionsOfWindowsThatItDoesNotKnow) {
-  const struct {
-    DWORD platformId;
-    DWORD majorVersion;
-    int result;
-  } cases[] = {{2, 4, 1}, {2, 5, 1}, {2, 6, 1}, {2, 3, -1}, {2, 10, -1}, {1, 4, -1}};
-  for (const auto& [platformId, majorVersion, result] : cases) {
-    TestMachine machine;
-    machine.AttachDevice(0x1261, "1");
-    CurrentMachine().platformId = platformId;
-    CurrentMachine().majorVersion = majorVersion;
-    EXPECT_EQ(UsbDeviceList().Enumerate(), result) << platformId << " " << majorVersion;
-    std::string text;
-    const std::string parameters =
-        "SYSTEM\\CurrentControlSet\\Enum\\USB\\VID_05AC&PID_1261\\1\\Device Parameters\\";
-    EXPECT_EQ(ReadStringValue(parameters + "SymbolicName", text), result == 1);
-  }
-}
-
-TEST(UsbDeviceListOnAMachine, KeepsTheEntriesFoundBeforeAListingFailed) {
-  const std::string usb = "SYSTEM\\CurrentControlSet\\Enum\\USB\\";
-  const std::string product = usb + "VID_05AC&PID_1294";
-  const std::string tooLong(256, 'x');
-  const struct {
-    const char* what;
-    std::function<void(portable::RegistryKey&)> spoil;
-    int result;
-    bool keepsFirst;
-  } cases[] = {
-      {"USB tree refused", [&](auto& root) { root.At(usb).refusesToOpen = true; }, -1, false},
-      {"parent refused", [](auto& root) { root.At("SYSTEM").refusesToOpen = true; }, -1, false},
-      {"product refused", [&](auto& root) { root.At(product).refusesToOpen = true; }, -1, true},
-      {"product name too long", [&](auto& root) { root.At(usb + tooLong); }, -1, false},
-      {"instance name too long", [&](auto& root) { root.At(product).Subkey(tooLong); }, -1, true},
-      {"parameters refused",
-       [&](auto& root) { root.At(product + "\\B\\Device Parameters").refusesToOpen = true; }, 1,
-       true},
-  };
-  for (const auto& [what, spoil, result, keepsFirst] : cases) {
-    TestMachine machine;
-    machine.AttachDevice(0x1261, "A");
-    machine.AttachDevice(0x1294, "B");
-    spoil(CurrentMachine().localMachine);
-    UsbDeviceList list;
-    EXPECT_EQ(list.Enumerate(), result) << what;
-    if (keepsFirst) {
-      EXPECT_EQ(list.TypeAt(0), 7) << what;
-    }
-    EXPECT_THROW(list.TypeAt(keepsFirst ? 1 : 0), std::out_of_range) << what;
-  }
 }
 
 }  // namespace

@@ -14,7 +14,9 @@ constexpr std::string_view kUsbDeviceInterface = "{a5dcbf10-6530-11d2-901f-00c04
 
 Machine InitialMachine() {
   const char* folder = secure_getenv("QUAYLINK_MACHINE");
-  Machine machine = folder != nullptr && *folder != '\0' ? ReadMachineFolder(folder) : Machine{};
+  const bool isNamed = folder != nullptr && *folder != '\0';
+  Machine machine =
+      isNamed ? ReadMachineFolder(folder) : ReadComputer("/sys", "/proc/self/mountinfo");
 #if defined(QUAYLINK_ABORT_ON_BAD_HANDLE)
   machine.abortOnBadHandle = true;
 #endif

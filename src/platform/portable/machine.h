@@ -1,7 +1,7 @@
 // The computer that the portable Windows functions see. A test fills one in a few lines and makes
 // it current; otherwise it is read from the folder that QUAYLINK_MACHINE names, and without that it
-// has no device. Windows paths and registry texts are in the machine's ANSI code page, host paths
-// in UTF-8.
+// is the computer itself. Windows paths and registry texts are in the machine's ANSI code page,
+// host paths in UTF-8.
 #pragma once
 
 #include <filesystem>
@@ -75,6 +75,11 @@ struct Machine {
 // The machine described by a folder: drives/<letter>/… (C is fixed, the others removable) and
 // usb/<VID_xxxx&PID_xxxx>/<serial> for each attached device.
 Machine ReadMachineFolder(const std::filesystem::path& folder);
+
+// The computer that the program runs on: Apple's USB devices in sysfs, and removable volumes as
+// drives from D on, in the order of the mount table (of the form of /proc/self/mountinfo). It has
+// no special folders.
+Machine ReadComputer(const std::filesystem::path& sysfs, const std::filesystem::path& mountTable);
 
 // The machine that all functions of this layer work on, until it is replaced.
 Machine& CurrentMachine();
