@@ -32,7 +32,7 @@ void SetFailure(PhoneSetUp& setUp, std::istream& line, unsigned count) {
   std::string name;
   unsigned first = 1;
   line >> name;
-  if (!(line >> std::ws).eof()) line >> first;
+  if (!line.eof()) line >> first;
   setUp.failures[name] = {first - 1, count};
 }
 

@@ -43,19 +43,21 @@ struct PhoneSetUp {
   std::shared_ptr<const PhoneFiles> files = std::make_shared<MemoryFiles>();
 
   Announcement announcement = Announcement::kBeforeSubscribeReturns;
-  std::chrono::milliseconds announcementDelay{0};
+  std::chrono::microseconds announcementDelay{0};
   bool announcesNullDevice = false;       // the notification carries no device record
   std::uint32_t readyWord = 1;            // at byte 16 of the device record
   std::uint32_t workFolderReadyWord = 1;  // at byte 28
   std::optional<std::string> identifier = "00112233445566778899aabbccddeeff00112233";
 
+  // By path, in place of what the phone would tell itself.
+  std::map<std::string, InformationPairs, std::less<>> information = {};
+
   bool paired = true;
-  std::filesystem::path pairingRecords;  // where pairing leaves a record; empty: nowhere
+  std::filesystem::path pairingRecords = {};  // where pairing leaves a record; empty: nowhere
 
-  std::map<std::string, FailingCalls, std::less<>> failures;         // by the entry point's name
-  std::map<std::string, InformationPairs, std::less<>> information;  // by path, in place of its own
+  std::map<std::string, FailingCalls, std::less<>> failures = {};  // by the entry point's name
 
-  std::filesystem::path logFile;  // every call and complaint is added to it; empty: none
+  std::filesystem::path logFile = {};  // every call and complaint is added to it; empty: none
 };
 
 class StandInPhone {

@@ -1,0 +1,304 @@
+// Listing and copying the files of a phone.
+#include <gmock/gmock.h>
+
+#include <climits>
+#include <map>
+
+#include "support/attached_phone.h"
+
+namespace quaylink {
+namespace {
+
+using stand_in::MemoryFiles;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+using Paths = std::vector<std::string>;
+
+// An open connection to a phone with the given files.
+class OpenPhone : public AttachedPhone {
+ public:
+  explicit OpenPhone(std::shared_ptr<const MemoryFiles> files = std::make_shared<MemoryFiles>())
+      : AttachedPhone({.files = std::move(files)}) {
+    EXPECT_EQ(bridge->Connect(true), 1);
+    phone.ForgetLog();
+  }
+  ~OpenPhone() { bridge->Disconnect(); }
+
+  Paths Folders() {
+    Paths folders;
+    EXPECT_EQ(bridge->ListFolders("/", folders), 1);
+    return folders;
+  }
+  Paths Files() {
+    Paths files;
+    EXPECT_EQ(bridge->ListFiles(Folders(), files), 1);
+    return files;
+  }
+  std::string Copy(const std::string& devicePath, std::int32_t result = 1) {
+    EXPECT_EQ(bridge->CopyDeviceFile(machine.LocalPath("copy"), devicePath), result);
+    return machine.ReadFile(machine.LocalPath("copy"));
+  }
+};
+
+std::string Bytes(std::size_t size) {
+  std::string bytes(size, '\0');
+  for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 7 + i / 251);
+  return bytes;
+}
+
+TEST(Listing, IsBreadthFirstInTheOrderOfThePhone) {
+  const auto files = std::make_shared<MemoryFiles>();
+  for (const char* path : {"/z/deep/last", "/top", "/a/x", "/z/first", "/a/b/y"})
+    files->AddFile(path, "1");
+  files->AddFolder("/empty");
+  OpenPhone phone(files);
+  EXPECT_THAT(phone.Folders(), ElementsAre("/", "/z/", "/a/", "/empty/", "/z/deep/", "/a/b/"));
+  EXPECT_THAT(phone.Files(), ElementsAre("/top", "/z/first", "/a/x", "/z/deep/last", "/a/b/y"));
+}
+
+TEST(Listing, OfAnEmptyPhoneIsItsRoot) {
+  OpenPhone phone;
+  Paths folders = {"left from before"};
+  Paths files = {"left from before"};
+  EXPECT_EQ(phone.bridge->ListFolders("/", folders), 1);
+  EXPECT_THAT(folders, ElementsAre("/"));
+  EXPECT_EQ(phone.bridge->ListFiles(folders, files), 1);
+  EXPECT_THAT(files, IsEmpty());
+}
+
+TEST(Listing, OpensEachFolderAndReadsEachEntryTwice) {
+  const auto files = std::make_shared<MemoryFiles>();
+  for (int folder = 0; folder < 500; ++folder) {
+    for (int file = 0; file < 20; ++file) {
+      files->AddFile("/Music/F" + std::to_string(folder) + "/" + std::to_string(file) + ".mp3",
+                     "1");
+    }
+  }
+  OpenPhone phone(files);
+  EXPECT_EQ(phone.Files().size(), 10000U);
+  EXPECT_EQ(phone.phone.Log("AFCDirectoryOpen").size(), 2U * 502);
+  std::map<std::string, int> readings;
+  for (const std::string& call : phone.phone.Log("AFCFileInfoOpen")) ++readings[call];
+  EXPECT_EQ(readings.size(), 501U + 10000 + 2 * 502);
+  for (const auto& [call, count] : readings) {
+    const bool isDot = call.ends_with("/.\")") || call.ends_with("/..\")");
+    EXPECT_EQ(count, isDot ? 1 : 2) << call;
+  }
+}
+
+TEST(Listing, FailsAtAFolderThatCannotBeOpenedAndKeepsWhatWasFound) {
+  const auto files = std::make_shared<MemoryFiles>();
+  for (const char* path : {"/a/1", "/b/2", "/c/3"}) files->AddFile(path, "1");
+  OpenPhone phone(files);
+  Paths folders;
+  phone.phone.setUp.failures["AFCDirectoryOpen"] = {.skip = 2};
+  EXPECT_EQ(phone.bridge->ListFolders("/", folders), 0);
+  EXPECT_THAT(folders, ElementsAre("/", "/a/", "/b/", "/c/"));
+  Paths found;
+  EXPECT_EQ(phone.bridge->ListFiles({"/a/", "/b/", "/gone/", "/c/"}, found), 0);
+  EXPECT_THAT(found, ElementsAre("/a/1", "/b/2"));
+}
+
+TEST(Listing, LeavesOutWhatThePhoneFailsToTell) {
+  const auto files = std::make_shared<MemoryFiles>();
+  for (const char* path : {"/1", "/2", "/3"}) files->AddFile(path, "1");
+  struct Case {
+    const char* failing;
+    unsigned skip;
+    Paths found;
+  };
+  // A file's information has five pairs, the fourth of which is its format; "." and ".." come
+  // first.
+  const Case cases[] = {
+      {"AFCFileInfoOpen", 3, {"/1", "/3"}},
+      {"AFCKeyValueRead", 6 + 6 + 6 + 3, {"/1", "/3"}},
+      {"AFCKeyValueRead", 6 + 6 + 6 + 4, {"/1", "/2", "/3"}},
+      {"AFCDirectoryRead", 4, {"/1", "/2"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.failing << " " << c.skip);
+    OpenPhone phone(files);
+    phone.phone.setUp.failures[c.failing] = {.skip = c.skip};
+    Paths found;
+    EXPECT_EQ(phone.bridge->ListFiles({"/"}, found), 1);
+    EXPECT_EQ(found, c.found);
+  }
+}
+
+TEST(Listing, TellsFoldersFromFilesByTheirFormatAlone) {
+  const auto files = std::make_shared<MemoryFiles>();
+  for (const char* path : {"/link", "/none", "/null", "/case", "/dir"}) files->AddFile(path, "1");
+  OpenPhone phone(files);
+  phone.phone.setUp.information = {
+      {"/link", {{"st_ifmt", "S_IFLNK"}, {"st_size", "1"}}},
+      {"/none", {{"st_size", "S_IFDIR"}}},
+      {"/null", {{"st_ifmt", std::nullopt}}},
+      {"/case", {{"ST_IFMT", "S_IFDIR"}, {"st_ifmt", "s_ifdir"}}},
+      {"/dir", {{"st_ifmt", "S_IFDIR"}}},
+  };
+  Paths found;
+  EXPECT_EQ(phone.bridge->ListFiles({"/"}, found), 1);
+  EXPECT_THAT(found, ElementsAre("/link", "/null", "/case"));
+  Paths folders;
+  EXPECT_EQ(phone.bridge->ListFolders("/", folders), 0);  // "/dir/" is no folder that opens
+  EXPECT_THAT(folders, ElementsAre("/", "/dir/"));
+}
+
+TEST(Listing, SkipsPathsOfMoreThan255Bytes) {
+  const auto files = std::make_shared<MemoryFiles>();
+  const std::string fits = "/" + std::string(254, 'f');
+  const std::string folderFits = "/" + std::string(253, 'd');
+  files->AddFile(fits, "1");
+  files->AddFile(fits + "f", "1");
+  files->AddFile("/" + std::string(1000, 'f'), "1");
+  files->AddFolder(folderFits);
+  files->AddFolder(folderFits + "d");
+  files->AddFile(folderFits + "/beyond", "1");
+  OpenPhone phone(files);
+  EXPECT_THAT(phone.Folders(), ElementsAre("/", folderFits + "/"));
+  EXPECT_THAT(phone.Files(), ElementsAre(fits));
+  Paths found;
+  EXPECT_EQ(phone.bridge->ListFolders("/" + std::string(254, 'd') + "/", found), 0);
+}
+
+TEST(Listing, PassesNamesByteForByte) {
+  std::string name;
+  for (int c = 1; c <= UCHAR_MAX; ++c) {
+    if (c != '/') name.push_back(static_cast<char>(c));
+  }
+  const auto files = std::make_shared<MemoryFiles>();
+  files->AddFile("/" + name.substr(0, 127), "1");
+  files->AddFile("/" + name.substr(127) + "/...", "1");
+  OpenPhone phone(files);
+  EXPECT_THAT(phone.Files(),
+              ElementsAre("/" + name.substr(0, 127), "/" + name.substr(127) + "/..."));
+}
+
+TEST(Copying, ReadsNoMoreThanIsExpected) {
+  struct Case {
+    std::size_t size;
+    std::size_t fullReads;
+    std::size_t lastRead;
+  };
+  for (const Case& c : {Case{1, 0, 1}, Case{24575, 0, 24575}, Case{24576, 1, 0}, Case{24577, 1, 1},
+                        Case{3000001, 122, 1729}}) {
+    SCOPED_TRACE(c.size);
+    const auto files = std::make_shared<MemoryFiles>();
+    files->AddFile("/file", Bytes(c.size));
+    OpenPhone phone(files);
+    EXPECT_TRUE(phone.Copy("/file") == Bytes(c.size));
+    Paths reads(c.fullReads, "AFCFileRefRead(24576)");
+    if (c.lastRead != 0) reads.push_back("AFCFileRefRead(" + std::to_string(c.lastRead) + ")");
+    EXPECT_EQ(phone.phone.Log("AFCFileRefRead"), reads);
+    EXPECT_THAT(phone.phone.Log("AFCFileRefOpen"), ElementsAre("AFCFileRefOpen(\"/file\", 2)"));
+  }
+}
+
+TEST(Copying, GoesByTheStatedSize) {
+  struct Case {
+    std::optional<std::string> size;
+    std::int32_t result;
+    const char* copied;
+  };
+  const Case cases[] = {
+      {"6", 1, "abcdef"},
+      {" \t+3xyz", 1, "abc"},  // less than the file holds
+      {"4.9", 1, "abcd"},
+      {"7", 0, "abcdef"},  // more than it holds
+      {"99999999999", 0, "abcdef"},
+      {"99999999999999999999999", 0, "abcdef"},
+      {"0", 0, ""},
+      {"-5", 0, ""},
+      {"", 0, ""},
+      {"x6", 0, ""},
+      {std::nullopt, 0, ""},
+  };
+  const auto files = std::make_shared<MemoryFiles>();
+  files->AddFile("/file", "abcdef");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.size.value_or("null"));
+    OpenPhone phone(files);
+    phone.phone.setUp.information["/file"] = {{"st_size", c.size}, {"st_ifmt", "S_IFREG"}};
+    EXPECT_EQ(phone.Copy("/file", c.result), c.copied);
+  }
+}
+
+TEST(Copying, FailsWithAnEmptyFileWhenThePhoneRefuses) {
+  const auto files = std::make_shared<MemoryFiles>();
+  files->AddFile("/file", "abc");
+  files->AddFolder("/folder");
+  files->AddFile("/empty", "");
+  OpenPhone phone(files);
+  phone.machine.WriteFile(phone.machine.LocalPath("copy"), "what was there before");
+  for (const char* path : {"/missing", "/folder", "/empty"}) EXPECT_EQ(phone.Copy(path, 0), "");
+  for (const char* failing : {"AFCFileInfoOpen", "AFCKeyValueRead", "AFCFileRefOpen"}) {
+    SCOPED_TRACE(failing);
+    phone.phone.setUp.failures[failing] = {};
+    EXPECT_EQ(phone.Copy("/file", 0), "");
+  }
+  EXPECT_EQ(phone.Copy("/file"), "abc");
+}
+
+TEST(Copying, EndsWhenThePhoneIsUnpluggedAndSucceedsAfterwards) {
+  const std::string bytes = Bytes(100000);
+  const auto files = std::make_shared<MemoryFiles>();
+  files->AddFile("/file", bytes);
+  OpenPhone phone(files);
+  phone.phone.setUp.failures["AFCFileRefRead"] = {.skip = 2, .count = UINT_MAX};
+  EXPECT_TRUE(phone.Copy("/file", 0) == bytes.substr(0, 2 * 24576));
+  phone.phone.setUp.failures.clear();
+  EXPECT_TRUE(phone.Copy("/file") == bytes);
+}
+
+TEST(Copying, RefusesAReadThatDeliversMoreThanWasAskedFor) {
+  const auto files = std::make_shared<MemoryFiles>();
+  files->AddFile("/file", "abc");
+  OpenPhone phone(files);
+  phone.bridge->entryPoints.afcFileRefRead = [](AfcConnection, FileReference, void*,
+                                                std::uint32_t* length) -> Status {
+    ++*length;
+    return 0;
+  };
+  EXPECT_EQ(phone.Copy("/file", 0), "");
+}
+
+TEST(Copying, TouchesNothingWhenTheLocalFileCannotBeOpened) {
+  const auto files = std::make_shared<MemoryFiles>();
+  files->AddFile("/file", "abc");
+  OpenPhone phone(files);
+  EXPECT_EQ(phone.bridge->CopyDeviceFile(phone.machine.LocalPath("no folder/copy"), "/file"), 0);
+  EXPECT_THAT(phone.phone.Log(), IsEmpty());
+}
+
+void ExpectFileOperationsRefused(AttachedPhone& attached, bool listing, bool copying) {
+  const std::string localPath = attached.machine.LocalPath("copy");
+  Paths paths = {"left from before"};
+  if (listing) {
+    EXPECT_EQ(attached.bridge->ListFolders("/", paths), 0);
+    EXPECT_EQ(attached.bridge->ListFiles({"/"}, paths), 0);
+    EXPECT_THAT(paths, IsEmpty());
+  }
+  if (copying) {
+    EXPECT_EQ(attached.bridge->CopyDeviceFile(localPath, "/file"), 0);
+    EXPECT_FALSE(attached.machine.Exists(localPath));
+  }
+  EXPECT_THAT(attached.phone.Log(), IsEmpty());
+}
+
+TEST(FileOperations, CallNothingWithoutAConnection) {
+  AttachedPhone attached;
+  ExpectFileOperationsRefused(attached, true, true);
+}
+
+TEST(FileOperations, CallNothingWhenAnEntryPointThatTheyNeedIsMissing) {
+  for (int slot = 15; slot <= 23; ++slot) {
+    SCOPED_TRACE(slot);
+    OpenPhone phone;
+    phone.ClearSlot(slot);
+    ExpectFileOperationsRefused(phone, slot <= 17 || slot >= 21, slot >= 18);
+  }
+}
+
+}  // namespace
+}  // namespace quaylink

@@ -1,0 +1,183 @@
+// Where the bridge finds the phone libraries, and what it leaves behind. The libraries are real
+// ones.
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "mobile/mobile_device_bridge.h"
+#include "mobile/work_folder.h"
+#include "support/loaded_library.h"
+#include "support/test_machine.h"
+
+namespace quaylink {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr char kBinFolder[] = "C:\\Common\\Apple\\Mobile Device Support\\bin\\";
+constexpr char kDeviceSupport[] = "C:\\Common32\\Apple\\Mobile Device Support\\";
+constexpr char kApplicationSupport[] = "C:\\Common32\\Apple\\Apple Application Support\\";
+constexpr char kWorkFolder[] = "C:\\Documents\\Orvendel_WorkFolder\\";
+
+std::string BytesOf(const std::string& hostPath) {
+  std::ifstream file(hostPath, std::ios::binary);
+  EXPECT_TRUE(file) << hostPath;
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class Bridge : public testing::Test {
+ protected:
+  Bridge() {
+    machine_.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMON, "C:\\Common");
+    machine_.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMONX86, "C:\\Common32");
+    machine_.SetSpecialFolder(CSIDL_PERSONAL, "C:\\Documents");
+    machine_.AddFolder("C:\\Documents");
+  }
+
+  void Install(const std::string& folder, const std::string& name,
+               const std::string& from = STAND_IN_LIBRARIES) {
+    machine_.WriteFile(folder + name, BytesOf(from + "/" + name));
+  }
+
+  TestMachine machine_;
+};
+
+TEST_F(Bridge, LoadsTheLibrariesFromTheirOwnFolder) {
+  Install(kBinFolder, "CoreFoundation.dll");
+  Install(kBinFolder, "iTunesMobileDevice.dll");
+  Install(kDeviceSupport, "iTunesMobileDevice.dll");  // not needed
+  {
+    MobileDeviceBridge bridge;
+    EXPECT_TRUE(bridge.LibrariesLoaded());
+    EXPECT_EQ(bridge.loadedFromWorkFolder, 0);
+    EXPECT_TRUE(IsLibraryLoaded(std::string(kBinFolder) + "CoreFoundation.dll"));
+    EXPECT_EQ(bridge.Connect(true), 1);
+    std::vector<std::string> folders;
+    EXPECT_EQ(bridge.ListFolders("/", folders), 1);
+    EXPECT_THAT(folders, ElementsAre("/"));
+    bridge.Disconnect();
+  }
+  EXPECT_FALSE(machine_.Exists(kWorkFolder));
+  EXPECT_FALSE(IsLibraryLoaded(std::string(kBinFolder) + "CoreFoundation.dll"));
+  EXPECT_FALSE(IsLibraryLoaded(std::string(kBinFolder) + "iTunesMobileDevice.dll"));
+}
+
+TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
+  Install(kBinFolder, "CoreFoundation.dll");
+  Install(kApplicationSupport, "CoreFoundation.dll");
+  Install(kDeviceSupport, "iTunesMobileDevice.dll");
+  const std::vector<std::string> applicationFiles = {
+      "ASL.dll",     "CFNetwork.dll",  "Foundation.dll", "icudt40.dll",
+      "icuin40.dll", "icuuc40.dll",    "libtidy.dll",    "libxml2.dll",
+      "objc.dll",    "pthreadVC2.dll", "SQLite3.dll"};
+  // "libeay32.dll" is missing, which nobody minds.
+  const std::vector<std::string> deviceFiles = {"DeviceLink.dll", "AppleMobileBackup.exe",
+                                                "AppleMobileBackup_main.dll", "MobileDevice.dll",
+                                                "ssleay32.dll"};
+  for (const std::string& name : applicationFiles) {
+    machine_.WriteFile(kApplicationSupport + name, "new " + name);
+  }
+  for (const std::string& name : deviceFiles)
+    machine_.WriteFile(kDeviceSupport + name, "new " + name);
+  const std::vector<std::string> hostFiles = {"zlib1.dll", "OrvendelHelper.exe"};
+  for (const std::string& name : hostFiles) {
+    machine_.WriteFile(GetApplicationFolder() + "\\" + name, "new " + name);
+  }
+  const std::vector<std::string> trees = {"Foundation.resources\\en\\a.strings",
+                                          "CoreFoundation.resources\\b.strings"};
+  for (const std::string& file : trees) machine_.WriteFile(kApplicationSupport + file, "tree");
+  machine_.WriteFile(std::string(kDeviceSupport) + "AppleMobileBackup.resources\\c\\d", "tree");
+  machine_.WriteFile(std::string(kWorkFolder) + "ASL.dll", "from an earlier run");
+  {
+    MobileDeviceBridge bridge;
+    EXPECT_TRUE(bridge.LibrariesLoaded());
+    EXPECT_EQ(bridge.loadedFromWorkFolder, 1);
+    EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "iTunesMobileDevice.dll"));
+    EXPECT_EQ(bridge.Connect(true), 1);
+    bridge.Disconnect();
+  }
+  for (const auto* names : {&applicationFiles, &deviceFiles, &hostFiles}) {
+    for (const std::string& name : *names) {
+      EXPECT_EQ(machine_.ReadFile(kWorkFolder + name), "new " + name);
+    }
+  }
+  for (const std::string& file : trees) EXPECT_EQ(machine_.ReadFile(kWorkFolder + file), "tree");
+  EXPECT_TRUE(machine_.Exists(std::string(kWorkFolder) + "AppleMobileBackup.resources\\c\\d"));
+  EXPECT_TRUE(machine_.Exists(std::string(kWorkFolder) + "CFNetwork.resources"));
+  EXPECT_FALSE(IsLibraryLoaded(std::string(kWorkFolder) + "iTunesMobileDevice.dll"));
+  EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "CoreFoundation.dll"));
+}
+
+TEST_F(Bridge, StaysWithoutLibrariesWhenTheWorkFolderHasNoneThatLoads) {
+  machine_.WriteFile(std::string(kDeviceSupport) + "iTunesMobileDevice.dll", "no library");
+  const MobileDeviceBridge bridge;
+  EXPECT_FALSE(bridge.LibrariesLoaded());
+  EXPECT_EQ(bridge.loadedFromWorkFolder, 1);
+  EXPECT_TRUE(machine_.Exists(kWorkFolder));
+}
+
+TEST_F(Bridge, FailsEveryOperationWithoutLibraries) {
+  Install(kBinFolder, "CoreFoundation.dll");
+  MobileDeviceBridge bridge;
+  EXPECT_FALSE(bridge.LibrariesLoaded());
+  EXPECT_EQ(bridge.loadedFromWorkFolder, 0);
+  EXPECT_EQ(bridge.Connect(true), 0);
+  EXPECT_EQ(bridge.Disconnect(), 1);
+  std::vector<std::string> paths;
+  EXPECT_EQ(bridge.ListFolders("/", paths), 0);
+  EXPECT_EQ(bridge.ListFiles({"/"}, paths), 0);
+  EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), "/file"), 0);
+  EXPECT_FALSE(machine_.Exists(machine_.LocalPath("copy")));
+}
+
+#if defined(STAND_IN_LACKING_LIBRARIES)
+TEST_F(Bridge, LeavesTheSlotOfAMissingEntryPointEmpty) {
+  Install(kBinFolder, "CoreFoundation.dll");
+  Install(kBinFolder, "iTunesMobileDevice.dll", STAND_IN_LACKING_LIBRARIES);
+  MobileDeviceBridge bridge;
+  EXPECT_EQ(bridge.entryPoints.afcFileRefRead, nullptr);
+  EXPECT_NE(bridge.entryPoints.afcFileRefClose, nullptr);
+  EXPECT_EQ(bridge.Connect(true), 1);
+  EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), "/file"), 0);
+  bridge.Disconnect();
+}
+#endif
+
+TEST_F(Bridge, ReadsAPhoneThatAScriptDescribes) {
+  Install(kBinFolder, "CoreFoundation.dll");
+  Install(kBinFolder, "iTunesMobileDevice.dll");
+  // All beside the script, so that its paths can be relative.
+  machine_.WriteFile(machine_.LocalPath("phone/DCIM/100/photo"), "a photo");
+  machine_.WriteFile(machine_.LocalPath("script"),
+                     "# a phone\nfolder phone\nannounce 20\nunpaired\nlog calls\n"
+                     "fail AFCFileRefOpen\nsize 3 /DCIM/100/photo\n");
+  SetEnvironment("STAND_IN_PHONE", machine_.LocalPath("script"));
+  {
+    MobileDeviceBridge bridge;
+    EXPECT_EQ(bridge.Connect(true), 1);
+    std::vector<std::string> folders;
+    std::vector<std::string> files;
+    EXPECT_EQ(bridge.ListFolders("/", folders), 1);
+    EXPECT_EQ(bridge.ListFiles(folders, files), 1);
+    EXPECT_THAT(files, ElementsAre("/DCIM/100/photo"));
+    EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), files.at(0)), 0);
+    EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), "/dcim/100/PHOTO"), 1);
+    EXPECT_EQ(machine_.ReadFile(machine_.LocalPath("copy")), "a photo");
+    EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), files.at(0)), 1);
+    EXPECT_EQ(machine_.ReadFile(machine_.LocalPath("copy")), "a p");
+    bridge.Disconnect();
+  }
+  SetEnvironment("STAND_IN_PHONE", "");
+  const std::string calls = machine_.ReadFile(machine_.LocalPath("calls"));
+  EXPECT_THAT(calls,
+              HasSubstr("CFAllocatorGetDefault()\nCFStringCreateWithCString(\"com.apple.afc\")\n"
+                        "AMDeviceStartService(device, \"com.apple.afc\")\n"));
+  EXPECT_THAT(calls, HasSubstr("AMDevicePair(device)"));
+  EXPECT_THAT(calls, Not(HasSubstr("complaint")));
+}
+
+}  // namespace
+}  // namespace quaylink

@@ -1,0 +1,68 @@
+// The ways in which a shell hands over the path of a folder, or does not.
+#include <gtest/gtest.h>
+
+#include "mobile/special_folders.h"
+#include "mobile/work_folder.h"
+#include "platform/portable/machine.h"
+#include "support/test_machine.h"
+
+namespace quaylink {
+namespace {
+
+using portable::CurrentMachine;
+using portable::ShellName;
+
+TEST(Shell, HandsOverAFoldersPathInOneOfThreeForms) {
+  struct Case {
+    ShellName form;
+    bool found;
+  };
+  const Case cases[] = {
+      {ShellName::kWide, true},        {ShellName::kOffset, true},
+      {ShellName::kInline, true},      {ShellName::kUnknownKind, false},
+      {ShellName::kNoLocation, false}, {ShellName::kNoDisplayName, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(static_cast<int>(c.form));
+    TestMachine machine;
+    CurrentMachine().specialFolders[CSIDL_APPDATA] = {"C:\\Dat\xC3\xA4n", c.form};
+    EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), c.found ? "C:\\Dat\xC3\xA4n" : "");
+  }
+}
+
+TEST(Shell, GivesNoPathWithoutDesktopOrAllocatorOrWhenItIsTooLong) {
+  TestMachine machine;
+  CurrentMachine().shellHasDesktop = false;
+  EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), "");
+  CurrentMachine().shellHasDesktop = true;
+  CurrentMachine().shellHasAllocator = false;
+  EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), "");
+  CurrentMachine().shellHasAllocator = true;
+  const std::string longest = "C:\\" + std::string(256, 'x');
+  machine.SetSpecialFolder(CSIDL_APPDATA, longest);
+  EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), longest);
+  machine.SetSpecialFolder(CSIDL_APPDATA, longest + "x");
+  EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), "");
+}
+
+TEST(ApplicationFolder, IsThatOfTheHostsProgram) {
+  struct Case {
+    std::string program;
+    std::string folder;
+  };
+  const std::string longFolder = "C:\\" + std::string(250, 'x');
+  const Case cases[] = {
+      {"C:\\Program Files\\Host\\host.exe", "C:\\Program Files\\Host"},
+      {"C:\\host.exe", "C:"},
+      {"host.exe", "host.exe"},
+      {longFolder + "\\a program with a name.exe", longFolder},  // cut after 259 characters
+  };
+  for (const Case& c : cases) {
+    TestMachine machine;
+    CurrentMachine().hostProgramPath = c.program;
+    EXPECT_EQ(GetApplicationFolder(), c.folder);
+  }
+}
+
+}  // namespace
+}  // namespace quaylink

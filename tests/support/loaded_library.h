@@ -1,0 +1,15 @@
+// What the process itself knows of its libraries and its environment.
+#pragma once
+
+#include <string>
+
+namespace quaylink {
+
+// Whether the library at that Windows path is loaded in this process.
+bool IsLibraryLoaded(const std::string& path);
+
+// Sets an environment variable as loaded libraries see it, or takes it away when the value is
+// empty.
+void SetEnvironment(const std::string& name, const std::string& value);
+
+}  // namespace quaylink
