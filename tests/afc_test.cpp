@@ -41,6 +41,11 @@ class OpenPhone : public AttachedPhone {
   }
 };
 
+std::string InRoot(const std::string& name) {
+  std::string path = "/";
+  return path.append(name);
+}
+
 std::string Bytes(std::size_t size) {
   std::string bytes(size, '\0');
   for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 7 + i / 251);
@@ -147,11 +152,11 @@ TEST(Listing, TellsFoldersFromFilesByTheirFormatAlone) {
 
 TEST(Listing, SkipsPathsOfMoreThan255Bytes) {
   const auto files = std::make_shared<MemoryFiles>();
-  const std::string fits = "/" + std::string(254, 'f');
-  const std::string folderFits = "/" + std::string(253, 'd');
+  const std::string fits = InRoot(std::string(254, 'f'));
+  const std::string folderFits = InRoot(std::string(253, 'd'));
   files->AddFile(fits, "1");
   files->AddFile(fits + "f", "1");
-  files->AddFile("/" + std::string(1000, 'f'), "1");
+  files->AddFile(InRoot(std::string(1000, 'f')), "1");
   files->AddFolder(folderFits);
   files->AddFolder(folderFits + "d");
   files->AddFile(folderFits + "/beyond", "1");
@@ -159,7 +164,7 @@ TEST(Listing, SkipsPathsOfMoreThan255Bytes) {
   EXPECT_THAT(phone.Folders(), ElementsAre("/", folderFits + "/"));
   EXPECT_THAT(phone.Files(), ElementsAre(fits));
   Paths found;
-  EXPECT_EQ(phone.bridge->ListFolders("/" + std::string(254, 'd') + "/", found), 0);
+  EXPECT_EQ(phone.bridge->ListFolders(InRoot(std::string(254, 'd')) + "/", found), 0);
 }
 
 TEST(Listing, PassesNamesByteForByte) {
@@ -168,11 +173,11 @@ TEST(Listing, PassesNamesByteForByte) {
     if (c != '/') name.push_back(static_cast<char>(c));
   }
   const auto files = std::make_shared<MemoryFiles>();
-  files->AddFile("/" + name.substr(0, 127), "1");
-  files->AddFile("/" + name.substr(127) + "/...", "1");
+  files->AddFile(InRoot(name.substr(0, 127)), "1");
+  files->AddFile(InRoot(name.substr(127)) + "/...", "1");
   OpenPhone phone(files);
   EXPECT_THAT(phone.Files(),
-              ElementsAre("/" + name.substr(0, 127), "/" + name.substr(127) + "/..."));
+              ElementsAre(InRoot(name.substr(0, 127)), InRoot(name.substr(127)) + "/..."));
 }
 
 TEST(Copying, ReadsNoMoreThanIsExpected) {
