@@ -28,7 +28,7 @@ void AddTrack(const Track& track, Arena& arena, TrackListChunk& list) {
   for (const Text& text : track.texts) {
     AddText(item->dataObjects, arena, text.objectType, text.text);
   }
-  list.tracks.emplace(track.id, std::move(item));
+  list.tracks.Add(track.id, std::move(item));
 }
 
 void AddAlbum(const Album& album, Arena& arena, AlbumListChunk& list) {

@@ -9,7 +9,7 @@ namespace {
 
 std::vector<std::uint32_t> IdsOf(const TrackListChunk& list) {
   std::vector<std::uint32_t> ids;
-  for (const auto& [id, item] : list.tracks) ids.push_back(id);
+  for (const auto& track : list.tracks) ids.push_back(track.id);
   return ids;
 }
 

@@ -52,7 +52,8 @@ void ConvertWhatFits(std::u16string_view text, AnsiText& result) {
 
 AnsiText Convert(const ArenaArray<char16_t>& wideText) {
   AnsiText result;
-  const std::u16string_view units = wideText ? std::u16string_view(wideText.data()) : u"";
+  std::u16string_view units(wideText.data(), wideText.size());
+  units = units.substr(0, units.find(u'\0'));
   if (!units.empty()) {
     result.length = ToAnsi(units, result.bytes, kLongestText);
     result.whole = result.length > 0;
@@ -114,7 +115,8 @@ bool DeviceManager::Parse(const char* databasePath) {
 }
 
 void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
-  for (const auto& [id, item] : trackList.tracks) {
+  for (const TrackMap::Entry& track : trackList.tracks) {
+    const TrackItemChunk* item = track.item.get();
     TrackRecord& record = trackRecords.emplace_back();
     const auto count = static_cast<std::uint32_t>(item->DataObjectCount());
     for (std::uint32_t i = 0; i < count; ++i) AddText(item->DataObjectAt(i), driveLetter, record);

@@ -31,8 +31,9 @@ constexpr bool kEachApart = false;
 constexpr bool kEachApart = false;
 #endif
 
+// The alignment is a power of two.
 std::size_t Padding(const std::byte* cursor, std::size_t alignment) {
-  return (alignment - reinterpret_cast<std::uintptr_t>(cursor) % alignment) % alignment;
+  return -reinterpret_cast<std::uintptr_t>(cursor) & (alignment - 1);
 }
 
 }  // namespace

@@ -16,9 +16,10 @@ struct ListHeader {
 
 std::int32_t CheckTag(Stream& stream, const Tag& tag) {
   const auto bytes = stream.Peek(kTagLength);
-  const std::string_view found(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  const bool equal = EqualsIgnoringCase(found, std::string_view(tag, kTagLength));
   stream.SkipBy(static_cast<std::int64_t>(bytes.size()));
+  const std::string_view found(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  const std::string_view expected(tag, kTagLength);
+  const bool equal = found == expected || EqualsIgnoringCase(found, expected);
   return equal ? static_cast<std::int32_t>(kTagLength) : -1;
 }
 
@@ -40,6 +41,13 @@ bool ReadListHeader(Stream& stream, std::uint32_t& headerLength, std::uint32_t& 
 
 void WriteListHeader(Stream& stream, const Tag& tag, std::uint32_t itemCount) {
   WriteHeader(stream, tag, kListHeaderLength, itemCount, ListHeader{});
+}
+
+std::int32_t WriteChild(Stream& stream, Chunk& child, std::uint32_t& sum) {
+  const std::int32_t result = child.Write(stream);
+  if (result < 0) return result;
+  sum += static_cast<std::uint32_t>(result);
+  return 0;
 }
 
 std::int32_t TotalLengthSlot::Fill(std::uint32_t totalLength) {

@@ -185,14 +185,15 @@ std::uint32_t ReadChildren(Stream& stream, Arena& arena, std::uint32_t count,
                              [&](Owned<Child> child) { children.Append(arena, std::move(child)); });
 }
 
-// Writes the children in order and adds their lengths to the sum. Returns 0, or the first negative
-// result.
-template <class Children>
-std::int32_t WriteChildren(Stream& stream, const Children& children, std::uint32_t& sum) {
-  for (const auto& child : children) {
-    const std::int32_t result = child->Write(stream);
-    if (result < 0) return result;
-    sum += static_cast<std::uint32_t>(result);
+// Writes a child and adds its length to the sum. Returns the child's result when that is negative,
+// else 0.
+std::int32_t WriteChild(Stream& stream, Chunk& child, std::uint32_t& sum);
+
+// Writes the children in order. Returns 0, or the first negative result, which ends the writing.
+template <class Child>
+std::int32_t WriteChildren(Stream& stream, const ChunkList<Child>& children, std::uint32_t& sum) {
+  for (const Owned<Child>& child : children) {
+    if (const std::int32_t result = WriteChild(stream, *child, sum); result < 0) return result;
   }
   return 0;
 }

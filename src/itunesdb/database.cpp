@@ -83,9 +83,8 @@ std::int32_t DatabaseChunk::Write(Stream& stream) {
   WriteHeader<DatabaseHeader>(stream, kDatabaseTag, headerLength, 0, *this);
   std::uint32_t sum = headerLength;
   for (std::uint32_t i = 0; i < dataSetCount; ++i) {
-    const std::int32_t result = CheckedAt(dataSets, i)->Write(stream);
-    if (result < 0) return result;
-    sum += static_cast<std::uint32_t>(result);
+    DataSetChunk& dataSet = *CheckedAt(dataSets, i);
+    if (const std::int32_t result = WriteChild(stream, dataSet, sum); result < 0) return result;
   }
   return slot.Fill(sum);
 }

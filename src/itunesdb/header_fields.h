@@ -60,7 +60,14 @@ class HeaderReader {
 
   template <class... F>
   void Fields(F H::*... fields) {
-    (Field(fields), ...);
+    // A run of fields that are all there, as they are in nearly every header, needs no look at
+    // each.
+    const std::size_t end = at_ + (sizeof(F) + ...);
+    if (end <= length_ && end <= bytes_.size()) {
+      ((LoadField(bytes_.data() + at_, header_.*fields), at_ += sizeof(F)), ...);
+    } else {
+      (Field(fields), ...);
+    }
   }
   void Skip(std::size_t size) { at_ += size; }
 

@@ -83,9 +83,7 @@ std::int32_t PlaylistChunk::Write(Stream& stream) {
   std::uint32_t sum = kWrittenPlaylistHeader;
   for (const auto& object : dataObjects) {
     if (!IsWritten(*object)) continue;
-    const std::int32_t result = object->Write(stream);
-    if (result < 0) return result;
-    sum += static_cast<std::uint32_t>(result);
+    if (const std::int32_t result = WriteChild(stream, *object, sum); result < 0) return result;
   }
   const std::int32_t result = WriteChildren(stream, items, sum);
   return result < 0 ? result : slot.Fill(sum);

@@ -1,6 +1,6 @@
 #include "itunesdb/tracks.h"
 
-#include <ranges>
+#include <algorithm>
 
 #include "common/checked_at.h"
 
@@ -57,6 +57,22 @@ DataObjectChunk& TrackItemChunk::DataObjectAt(std::uint32_t index) const {
   return *CheckedAt(dataObjects, index);
 }
 
+void TrackMap::Add(std::uint32_t id, Owned<TrackItemChunk> item) {
+  if (!entries_.empty() && id <= entries_.back().id) sorted_ = false;
+  entries_.push_back({id, std::move(item)});
+}
+
+bool TrackMap::contains(std::uint32_t id) const {
+  return std::ranges::binary_search(Entries(), id, {}, &Entry::id);
+}
+
+void TrackMap::Sort() const {
+  std::ranges::stable_sort(entries_, {}, &Entry::id);
+  const auto sameId = [](const Entry& a, const Entry& b) { return a.id == b.id; };
+  entries_.erase(std::unique(entries_.begin(), entries_.end(), sameId), entries_.end());
+  sorted_ = true;
+}
+
 std::int32_t TrackListChunk::Read(Stream& stream) {
   if (CheckTag(stream, kTrackListTag) < 0) return FailedRead(stream);
   std::uint32_t itemCount = 0;
@@ -65,7 +81,7 @@ std::int32_t TrackListChunk::Read(Stream& stream) {
   sum +=
       ReadChildren<TrackItemChunk>(stream, arena(), itemCount, [this](Owned<TrackItemChunk> item) {
         const std::uint32_t id = item->trackId;
-        tracks.emplace_hint(tracks.end(), id, std::move(item));  // players write ascending ids
+        tracks.Add(id, std::move(item));
       });
   return static_cast<std::int32_t>(sum);
 }
@@ -73,8 +89,10 @@ std::int32_t TrackListChunk::Read(Stream& stream) {
 std::int32_t TrackListChunk::Write(Stream& stream) {
   WriteListHeader(stream, kTrackListTag, static_cast<std::uint32_t>(tracks.size()));
   std::uint32_t sum = kListHeaderLength;
-  const std::int32_t result = WriteChildren(stream, std::views::values(tracks), sum);
-  return result < 0 ? result : static_cast<std::int32_t>(sum);
+  for (const TrackMap::Entry& track : tracks) {
+    if (const std::int32_t result = WriteChild(stream, *track.item, sum); result < 0) return result;
+  }
+  return static_cast<std::int32_t>(sum);
 }
 
 }  // namespace quaylink

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <array>
-#include <map>
+#include <vector>
 
 #include "itunesdb/data_object.h"
 
@@ -148,12 +148,39 @@ class TrackItemChunk final : public Chunk, public TrackItemHeader {
   DataObjectChunk& DataObjectAt(std::uint32_t index) const;
 };
 
+// Track items by track id, ascending; of several items with one id the first one added stays. Items
+// may be added in any order: those that come out of order are put in their place when the map is
+// next looked at.
+class TrackMap {
+ public:
+  struct Entry {
+    std::uint32_t id;
+    Owned<TrackItemChunk> item;
+  };
+
+  void Add(std::uint32_t id, Owned<TrackItemChunk> item);
+
+  std::size_t size() const { return Entries().size(); }
+  bool contains(std::uint32_t id) const;
+  std::vector<Entry>::const_iterator begin() const { return Entries().begin(); }
+  std::vector<Entry>::const_iterator end() const { return Entries().end(); }
+
+ private:
+  const std::vector<Entry>& Entries() const {
+    if (!sorted_) Sort();
+    return entries_;
+  }
+  void Sort() const;
+
+  mutable std::vector<Entry> entries_;
+  mutable bool sorted_ = true;
+};
+
 class TrackListChunk final : public Chunk {
  public:
   explicit TrackListChunk(Arena& arena) : Chunk(arena) {}
 
-  // By track id, ascending. Of several items with one id the first that was read is kept.
-  std::map<std::uint32_t, Owned<TrackItemChunk>> tracks;
+  TrackMap tracks;
 
   // Returns the header length and the results of all items read.
   std::int32_t Read(Stream& stream) override;

@@ -1,0 +1,159 @@
+// A phone's files through the device manager, and its sessions.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "interface/device_manager.h"
+#include "support/attached_phone.h"
+#include "support/database_bytes.h"
+
+namespace quaylink::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const std::string kDatabase =
+    TrackDatabase(2, Track(1, 1, TextObject(2, u":iTunes_Control:Music:A.m4a")) +
+                         Track(2, 1, TextObject(2, u":iTunes_Control:Music:GONE.m4a")));
+
+class MobileRoadTest : public testing::Test {
+ protected:
+  MobileRoadTest() {
+    phone.phone.setUp.files = files;
+    manager.bridge = std::move(phone.bridge);
+  }
+  ~MobileRoadTest() override {
+    manager.CloseSession();
+    phone.bridge = std::move(manager.bridge);
+  }
+
+  void AddMusic() {
+    files->AddFile("/iTunes_Control/iTunes/iTunesDB", kDatabase);
+    files->AddFile("/iTunes_Control/Music/A.m4a", std::string(60'000, 'a'));
+  }
+
+  AttachedPhone phone;
+  TestMachine& machine = phone.machine;
+  std::shared_ptr<stand_in::MemoryFiles> files = std::make_shared<stand_in::MemoryFiles>();
+  DeviceManager manager;
+};
+
+TEST_F(MobileRoadTest, TheFirstDatabaseListedIsCopiedUnderItsUsualSpelling) {
+  const struct {
+    std::vector<std::string> paths;
+    std::string opened;
+  } cases[] = {
+      {{"/a", "/iPod_Control/iTunes/iTunesDB"}, "/iPod_Control/iTunes/iTunesDB"},
+      {{"/iPod_Control/iTunes/iTunesDB", "/iTunes_Control/iTunes/iTunesDB"},
+       "/iPod_Control/iTunes/iTunesDB"},
+      {{"/iTunes_Control/iTunes/iTunesDB", "/iPod_Control/iTunes/iTunesDB"},
+       "/iTunes_Control/iTunes/iTunesDB"},
+      {{"/ITUNES_control/itunes/ITUNESDB"}, "/iTunes_Control/iTunes/iTunesDB"},
+      {{"/iTunes_Control/iTunes/iTunesDB2", "/x/iTunes_Control/iTunes/iTunesDB"}, ""},
+  };
+  for (const auto& c : cases) {
+    files = std::make_shared<stand_in::MemoryFiles>();
+    for (const std::string& path : c.paths) files->AddFile(path, "the database");
+    phone.phone.setUp.files = files;
+    phone.phone.ForgetLog();
+    machine.WriteFile("C:\\db", "something older");
+    EXPECT_EQ(manager.CopyDatabase("C:\\db"), !c.opened.empty());
+    EXPECT_EQ(machine.ReadFile("C:\\db"), c.opened.empty() ? "" : "the database");
+    EXPECT_FALSE(manager.sessionOpen);
+    if (c.opened.empty()) {
+      EXPECT_THAT(phone.phone.Log("AFCFileRefOpen"), IsEmpty());
+    } else {
+      EXPECT_THAT(phone.phone.Log("AFCFileRefOpen"), ElementsAre(HasSubstr('"' + c.opened + '"')));
+    }
+  }
+}
+
+TEST_F(MobileRoadTest, CopiesOfDatabaseAndTracksLeaveNoSessionOpenNotEvenTheHosts) {
+  AddMusic();
+  ASSERT_TRUE(manager.OpenSession());
+  ASSERT_TRUE(manager.OpenSession());
+  EXPECT_EQ(phone.phone.Log("AMDeviceConnect").size(), 1u) << "opened once";
+  EXPECT_TRUE(manager.CopyDatabase("C:\\db"));
+  EXPECT_FALSE(manager.sessionOpen);
+  EXPECT_FALSE(phone.phone.IsSessionOpen());
+
+  ASSERT_TRUE(manager.Parse("C:\\db"));
+  ASSERT_TRUE(manager.OpenSession());
+  EXPECT_TRUE(manager.CopyTrackFile(0, "C:\\a.m4a"));
+  EXPECT_EQ(machine.ReadFile("C:\\a.m4a"), std::string(60'000, 'a'));
+  EXPECT_FALSE(manager.sessionOpen);
+  EXPECT_FALSE(manager.CopyTrackFile(1, "C:\\gone.m4a"));
+  EXPECT_EQ(machine.ReadFile("C:\\gone.m4a"), "");
+  EXPECT_FALSE(manager.sessionOpen);
+}
+
+TEST_F(MobileRoadTest, NothingIsAskedOfThePhoneWhenTheDestinationCannotBeCreated) {
+  AddMusic();
+  ASSERT_TRUE(manager.CopyDatabase("C:\\db"));
+  ASSERT_TRUE(manager.Parse("C:\\db"));
+  phone.phone.ForgetLog();
+  EXPECT_FALSE(manager.CopyDatabase("C:\\no such folder\\db"));
+  EXPECT_FALSE(manager.CopyTrackFile(0, "C:\\no such folder\\a"));
+  EXPECT_FALSE(manager.CopyTrackFile(2, "C:\\out of range"));
+  EXPECT_THAT(phone.phone.Log(), IsEmpty());
+  EXPECT_FALSE(machine.Exists("C:\\out of range"));
+}
+
+TEST_F(MobileRoadTest, ListingAndAnyFileUseTheHostsSessionUnlessTheyAreToConnect) {
+  AddMusic();
+  std::vector<std::string> list;
+  EXPECT_FALSE(manager.EnumerateFiles(false, list)) << "no session";
+  EXPECT_FALSE(manager.CopyGenericFile(false, "/iTunes_Control/Music/A.m4a", "C:\\a"));
+  EXPECT_THAT(phone.phone.Log(), IsEmpty());
+
+  ASSERT_TRUE(manager.OpenSession());
+  EXPECT_TRUE(manager.EnumerateFiles(false, list));
+  EXPECT_THAT(list, ElementsAre("/iTunes_Control/iTunes/iTunesDB", "/iTunes_Control/Music/A.m4a"));
+  EXPECT_TRUE(manager.CopyGenericFile(false, "/iTunes_Control/Music/A.m4a", "C:\\a"));
+  EXPECT_TRUE(manager.sessionOpen) << "left open";
+
+  EXPECT_TRUE(manager.EnumerateFiles(true, list));
+  EXPECT_EQ(list.size(), 2u) << "emptied first";
+  EXPECT_FALSE(manager.sessionOpen);
+  EXPECT_FALSE(manager.CopyGenericFile(true, "/missing", "C:\\missing"));
+  EXPECT_FALSE(manager.sessionOpen);
+}
+
+// Whatever fails on the phone, the operation fails and no session it opened stays open; the next
+// attempt succeeds.
+TEST_F(MobileRoadTest, AFailureOfThePhoneIsOverWithTheOperation) {
+  AddMusic();
+  ASSERT_TRUE(manager.CopyDatabase("C:\\db"));
+  ASSERT_TRUE(manager.Parse("C:\\db"));
+  const struct {
+    const char* entryPoint;
+    unsigned skip;
+  } cases[] = {{"AMDeviceNotificationSubscribe", 0},
+               {"AMDeviceConnect", 0},
+               {"AMDeviceStartSession", 0},
+               {"AMDeviceStartService", 0},
+               {"AFCConnectionOpen", 0},
+               {"AFCFileInfoOpen", 0},
+               {"AFCFileRefOpen", 0},
+               {"AFCFileRefRead", 0},
+               {"AFCFileRefRead", 1}};
+  for (const auto& c : cases) {
+    phone.phone.setUp.failures = {{c.entryPoint, {c.skip, 1000}}};
+    EXPECT_FALSE(manager.CopyTrackFile(0, "C:\\a.m4a")) << c.entryPoint;
+    EXPECT_FALSE(manager.sessionOpen) << c.entryPoint;
+    phone.phone.setUp.failures.clear();
+    EXPECT_TRUE(manager.CopyTrackFile(0, "C:\\a.m4a")) << c.entryPoint;
+  }
+  for (const unsigned skip : {0u, 1u, 4u}) {
+    phone.phone.setUp.failures = {{"AFCDirectoryOpen", {skip, 1000}}};
+    std::vector<std::string> list;
+    EXPECT_FALSE(manager.EnumerateFiles(true, list)) << skip;
+    EXPECT_FALSE(manager.CopyDatabase("C:\\db")) << skip;
+    EXPECT_FALSE(manager.sessionOpen);
+  }
+}
+
+}  // namespace
+}  // namespace quaylink::test
