@@ -68,7 +68,10 @@ std::string GetSpecialFolderPath(int folderId) {
 
   STRRET name = {};
   if (desktop->GetDisplayNameOf(list, SHGDN_FORPARSING, &name) != S_OK) return {};
-  return TextOf(name, list, *allocator);
+  std::string path = TextOf(name, list, *allocator);
+  // A drive's root has a trailing backslash, and some shells name the documents folder with one.
+  if (path.ends_with('\\')) path.pop_back();
+  return path;
 }
 
 std::string GetCommonFilesFolder() {

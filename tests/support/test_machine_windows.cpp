@@ -76,11 +76,21 @@ bool IsThere(const std::string& path) {
   return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+// Removes a file or a folder. A library that stays loaded on purpose would keep its file.
+void RemoveWithLoadedLibraries(const fs::path& path) {
+  if (fs::is_directory(path)) {
+    for (const auto& entry : fs::recursive_directory_iterator(path)) {
+      while (const HMODULE module = GetModuleHandleW(entry.path().c_str())) FreeLibrary(module);
+    }
+  }
+  fs::remove_all(path);
+}
+
 }  // namespace
 
 // What the test has made and nobody else removes: the outermost ones of each.
 struct TestMachine::State {
-  std::vector<std::string> foldersOnC;
+  std::vector<std::string> filesAndFolders;
   std::vector<std::string> registryKeys;
 };
 
@@ -99,7 +109,7 @@ TestMachine::~TestMachine() {
   for (const auto& drive : fs::directory_iterator(EnvironmentText("QUAYLINK_TEST_DRIVES"))) {
     fs::remove_all(drive);
   }
-  for (const std::string& folder : state_->foldersOnC) fs::remove_all(folder);
+  for (const std::string& made : state_->filesAndFolders) RemoveWithLoadedLibraries(made);
   for (const std::string& key : state_->registryKeys)
     DeleteKeyTree(HKEY_LOCAL_MACHINE, key.c_str());
 }
@@ -170,18 +180,20 @@ void TestMachine::TakeDriveAway(char letter) {
 }
 
 void TestMachine::AddFolder(const std::string& path) {
-  bool isOutermost = path.starts_with("C:");
-  for (std::size_t end = path.find('\\', 3); !IsThere(path); end = path.find('\\', end + 1)) {
+  bool isOutermost = true;
+  for (std::size_t end = path.find_first_of("\\/", 3); !IsThere(path);
+       end = path.find_first_of("\\/", end + 1)) {
     const std::string folder = path.substr(0, end);
     if (IsThere(folder)) continue;
     ASSERT_TRUE(CreateDirectoryA(folder.c_str(), nullptr)) << folder;
-    if (isOutermost) state_->foldersOnC.push_back(folder);
+    if (isOutermost) state_->filesAndFolders.push_back(folder);
     isOutermost = false;
   }
 }
 
 void TestMachine::WriteFile(const std::string& path, std::string_view contents) {
-  AddFolder(path.substr(0, path.rfind('\\')));
+  AddFolder(path.substr(0, path.find_last_of("\\/")));
+  if (!IsThere(path)) state_->filesAndFolders.push_back(path);
   std::FILE* file = std::fopen(path.c_str(), "wb");
   ASSERT_NE(file, nullptr) << "cannot write " << path;
   EXPECT_EQ(std::fwrite(contents.data(), 1, contents.size(), file), contents.size());
