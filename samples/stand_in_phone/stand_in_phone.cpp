@@ -114,7 +114,8 @@ bool StandInPhone::ExpectDevice(std::string_view entryPoint, const void* device)
 }
 
 void StandInPhone::WriteToFile(std::string_view line) const {
-  if (!setUp.logFile.empty()) std::ofstream(setUp.logFile, std::ios::app) << line << '\n';
+  if (setUp.logFile.empty()) return;
+  std::ofstream(setUp.logFile, std::ios::app | std::ios::binary) << line << '\n';
 }
 
 std::vector<std::string> StandInPhone::NeverClosed() const {
