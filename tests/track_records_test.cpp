@@ -100,7 +100,7 @@ TEST_F(TrackRecordsTest, TextsAreInTheAnsiCodePage) {
     std::string title;
   } cases[] = {
       {u"Caf\u00E9 \u20AC", "Caf\xE9 \x80"},
-      {u"終わり!", "??" "?!"},
+      {u"for 終わり", "for ???"},
       {std::u16string(300, u'\u00E9'), std::string(255, '\xE9')},
   };
   for (const auto& c : cases) EXPECT_EQ(RecordOf(1, TextObject(1, c.text)).title, c.title);
