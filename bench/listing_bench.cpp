@@ -97,7 +97,6 @@ class Bench : public benchmark::Fixture {
     bridge.mobileDeviceModule = nullptr;
   }
 
- protected:
   std::size_t ListAll() {
     std::vector<std::string> folders;
     std::vector<std::string> files;
@@ -143,7 +142,7 @@ BENCHMARK_F(Bench, ListingAPhone)(benchmark::State& state) {
   std::size_t entries = 0;
   double listing = 0;
   double asking = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     auto start = std::chrono::steady_clock::now();
     entries += ListAll();
     listing += SecondsSince(start);

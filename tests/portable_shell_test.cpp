@@ -30,6 +30,12 @@ TEST(Shell, HandsOverAFoldersPathInOneOfThreeForms) {
   }
 }
 
+TEST(Shell, ATrailingBackslashIsTakenOff) {
+  TestMachine machine;
+  machine.SetSpecialFolder(CSIDL_PERSONAL, "C:\\");
+  EXPECT_EQ(GetSpecialFolderPath(CSIDL_PERSONAL), "C:");
+}
+
 TEST(Shell, GivesNoPathWithoutDesktopOrAllocatorOrWhenItIsTooLong) {
   TestMachine machine;
   CurrentMachine().shellHasDesktop = false;
