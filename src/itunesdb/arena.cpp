@@ -31,26 +31,22 @@ constexpr bool kEachApart = false;
 constexpr bool kEachApart = false;
 #endif
 
-// The alignment is a power of two.
-std::size_t Padding(const std::byte* cursor, std::size_t alignment) {
-  return -reinterpret_cast<std::uintptr_t>(cursor) & (alignment - 1);
-}
-
 }  // namespace
 
-void* Arena::Allocate(std::size_t size, std::size_t alignment) {
+void* Arena::AllocateElsewhere(std::size_t size) {
   if (kEachApart || size > kLargestInBlock) {
     large_.push_back(std::make_unique_for_overwrite<std::byte[]>(size));
     return large_.back().get();
   }
-  std::size_t padding = Padding(cursor_, alignment);
-  if (static_cast<std::size_t>(end_ - cursor_) < padding + size) {
-    StartBlock();
-    padding = 0;  // a block is aligned for every type
+  const std::size_t blockSize = BlockSize(blocksInUse_);
+  if (blocksInUse_ == blocks_.size()) {
+    blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(blockSize));
   }
-  std::byte* result = cursor_ + padding;
-  cursor_ = result + size;
-  return result;
+  std::byte* block = blocks_[blocksInUse_].get();
+  cursor_ = block + size;
+  end_ = block + blockSize;
+  ++blocksInUse_;
+  return block;  // which is aligned for every type
 }
 
 void Arena::ShrinkNewest(void* allocation, std::size_t oldSize, std::size_t newSize) {
@@ -68,16 +64,6 @@ void Arena::Trim() {
   blocks_.resize(blocksInUse_);
   blocks_.shrink_to_fit();
   large_.shrink_to_fit();
-}
-
-void Arena::StartBlock() {
-  const std::size_t size = BlockSize(blocksInUse_);
-  if (blocksInUse_ == blocks_.size()) {
-    blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(size));
-  }
-  cursor_ = blocks_[blocksInUse_].get();
-  end_ = cursor_ + size;
-  ++blocksInUse_;
 }
 
 }  // namespace quaylink

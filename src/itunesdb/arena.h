@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <new>
 #include <utility>
@@ -16,8 +17,15 @@ class Arena {
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
 
-  // Memory that lasts until the next Rewind. Throws std::bad_alloc when there is none.
-  void* Allocate(std::size_t size, std::size_t alignment);
+  // Memory that lasts until the next Rewind. The alignment is a power of two. Throws std::bad_alloc
+  // when there is none.
+  void* Allocate(std::size_t size, std::size_t alignment) {
+    const std::size_t padding = -reinterpret_cast<std::uintptr_t>(cursor_) & (alignment - 1);
+    if (static_cast<std::size_t>(end_ - cursor_) < padding + size) return AllocateElsewhere(size);
+    std::byte* result = cursor_ + padding;
+    cursor_ = result + size;
+    return result;
+  }
 
   // Gives back the end of the newest allocation, so that it keeps `newSize` bytes. Does nothing
   // when something was allocated since.
@@ -32,7 +40,8 @@ class Arena {
  private:
   using Bytes = std::unique_ptr<std::byte[]>;
 
-  void StartBlock();
+  // When the block in use is too small.
+  void* AllocateElsewhere(std::size_t size);
 
   std::vector<Bytes> blocks_;    // of the sizes that BlockSize gives
   std::vector<Bytes> large_;     // one for each allocation that would fill much of a block

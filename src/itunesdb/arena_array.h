@@ -107,7 +107,9 @@ class ChunkList {
   }
   std::uint32_t Capacity() const { return head_ ? head_->capacity : 0; }
   void DestroyAll() {
-    for (Owned<T>& child : *this) child.reset();
+    // The pointers themselves are not cleared, so that nothing is left to do where a child's end
+    // does nothing.
+    std::destroy(begin(), end());
   }
 
   Head* head_ = nullptr;  // the owning pointers follow it

@@ -60,10 +60,10 @@ class DataObjectChunk final : public Chunk, public DataObjectHeader, public Wide
  public:
   explicit DataObjectChunk(Arena& arena) : Chunk(arena) {}
 
-  std::uint32_t indexField = 0;
-  std::uint32_t entryCount = 0;  // of index list or jump table, as it is written; the owner sets it
   ArenaArray<char16_t> wideText;
   ArenaArray<std::uint8_t> rawBody;
+  std::uint32_t indexField = 0;
+  std::uint32_t entryCount = 0;  // of index list or jump table, as it is written; the owner sets it
   ArenaArray<std::uint32_t> indexEntries;
   ArenaArray<JumpEntry> jumpEntries;
   ArenaArray<char> byteText;

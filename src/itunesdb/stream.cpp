@@ -29,7 +29,7 @@ Stream::Stream(std::FILE* file)
 Stream::Stream(std::span<const std::uint8_t> memory)
     : size_(memory.size()), window_(memory.data()), windowEnd_(memory.size()) {}
 
-std::size_t Stream::Read(void* destination, std::size_t size) {
+std::size_t Stream::ReadAcrossWindows(void* destination, std::size_t size) {
   auto* to = static_cast<std::uint8_t*>(destination);
   std::size_t done = 0;
   while (done < size) {

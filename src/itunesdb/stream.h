@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <span>
 
@@ -28,7 +29,14 @@ class Stream {
   Stream& operator=(const Stream&) = delete;
 
   // Reads up to `size` bytes; returns the number read, which is smaller only at the end.
-  std::size_t Read(void* destination, std::size_t size);
+  std::size_t Read(void* destination, std::size_t size) {
+    if (position_ < windowStart_ || position_ + size > windowEnd_) {
+      return ReadAcrossWindows(destination, size);
+    }
+    if (size > 0) std::memcpy(destination, window_ + (position_ - windowStart_), size);
+    position_ += size;
+    return size;
+  }
 
   // The next `size` bytes, fewer at the end, without moving on. `size` is at most kLongestPeek. The
   // bytes are valid until the next operation.
@@ -69,6 +77,7 @@ class Stream {
   static constexpr int kMostFailedChunks = 32;
 
  private:
+  std::size_t ReadAcrossWindows(void* destination, std::size_t size);
   void FillWindow();
 
   std::uint64_t position_ = 0;
