@@ -1,0 +1,63 @@
+// The library, started for as long as this object lives, and what the commands do with it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/file_copy.h"
+#include "host/program.h"
+#include "host/track.h"
+
+namespace quaylink::host {
+
+// Advice for a user without a device, and for one whose phone does not answer.
+inline constexpr const char* kNoDevice =
+    "no Apple device is attached. Is the player in disk mode and mounted, or the phone plugged in?";
+inline constexpr const char* kNoAnswer =
+    "the phone does not answer. Unlock it and let it trust this computer; its maker's device "
+    "software must be installed.";
+
+enum class DeviceKind { kNone, kDisk, kPhone };
+
+class Library {
+ public:
+  explicit Library(const Program& program);
+  ~Library();
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+
+  // Looks for an attached device.
+  DeviceKind FindDevice();
+  // Opens the connection that a phone needs, which stays open for the calls that follow; true at
+  // once for a player in disk mode.
+  bool Connect() const;
+  // Both of these; fails with advice when there is no device, or when it does not answer. Comes
+  // before everything below that works on a device.
+  DeviceKind RequireDevice();
+
+  CopyJob DatabaseJob() const;
+  // The track must be of the last database read.
+  CopyJob TrackJob(const Track& track) const;
+  // Copies any file of the device: on a phone a path as ListFiles gives it, else a path on the
+  // player's drive.
+  CopyJob FileJob(const std::string& devicePath) const;
+
+  // Reads a local database; fails with a message that calls it by the name given.
+  std::vector<Track> ReadDatabase(const std::filesystem::path& file, const std::string& name) const;
+  // Reads the device's database by way of a temporary copy.
+  std::vector<Track> ReadDeviceDatabase() const;
+  // Every file of a phone, byte for byte as the phone spells it; nothing for a player in disk mode.
+  std::vector<std::string> ListFiles() const;
+
+ private:
+  CopyJob Job() const;
+  bool CopyFromPhone(const std::string& devicePath, const char* localPath) const;
+  // True when a person watches a phone being slow.
+  bool ShowsSpinner() const;
+
+  const Program& program_;
+  DeviceKind kind_ = DeviceKind::kNone;
+};
+
+}  // namespace quaylink::host

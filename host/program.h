@@ -1,0 +1,51 @@
+// What all commands share: how much is said, how things end, and how the program speaks.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace quaylink::host {
+
+// The program's exit statuses.
+inline constexpr int kSuccess = 0;
+inline constexpr int kFailure = 1;
+inline constexpr int kUsage = 2;
+inline constexpr int kInterrupted = 130;
+
+// Ends a command: main prints the message and gives the status.
+class Failure : public std::runtime_error {
+ public:
+  explicit Failure(const std::string& message, int status = kFailure)
+      : std::runtime_error(message), status_(status) {}
+  int Status() const { return status_; }
+
+ private:
+  int status_;
+};
+
+struct Program {
+  bool quiet = false;
+  bool verbose = false;
+  std::function<int()> command;  // the one that the arguments ask for
+
+  // Writes to the standard output; fails when it cannot take the text.
+  void Print(std::string_view text) const;
+  // An error, on the standard error stream.
+  void Complain(std::string_view message) const;
+  // Something good to know, on the standard error stream; not for a quiet program.
+  void Note(std::string_view message) const;
+};
+
+// Each adds one command, its options and its help to the program.
+void AddStatusCommand(CLI::App& app, Program& program);
+void AddTracksCommand(CLI::App& app, Program& program);
+void AddExportCommand(CLI::App& app, Program& program);
+void AddCopyTrackCommand(CLI::App& app, Program& program);
+void AddCopyDatabaseCommand(CLI::App& app, Program& program);
+void AddFilesCommand(CLI::App& app, Program& program);
+void AddPullCommand(CLI::App& app, Program& program);
+
+}  // namespace quaylink::host

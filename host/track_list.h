@@ -1,0 +1,21 @@
+// Track lists as texts: a table for people, CSV and JSON for programs.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "host/track.h"
+
+namespace quaylink::host {
+
+// A table of at most the given number of columns, the columns aligned and long texts cut; 0 cuts
+// nothing.
+std::string TrackTable(const std::vector<Track>& tracks, std::size_t width);
+
+// Comma-separated values with a line of names, quoted where a value needs it.
+std::string TrackCsv(const std::vector<Track>& tracks);
+
+std::string TrackJson(const std::vector<Track>& tracks);
+
+}  // namespace quaylink::host

@@ -1,0 +1,121 @@
+#include "host/utf8.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace quaylink::host {
+namespace {
+
+struct Sequence {
+  char32_t character;
+  std::size_t length;  // in bytes
+};
+
+// The character that begins at a place. Over-long forms, surrogates and cut sequences count as one
+// bad byte.
+Sequence DecodeAt(std::string_view text, std::size_t position) {
+  const auto lead = static_cast<unsigned char>(text[position]);
+  if (lead < 0x80) return {lead, 1};
+  constexpr Sequence kBadByte = {kReplacement, 1};
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() - position < length) return kBadByte;
+  char32_t character = lead & (0xFFU >> (length + 1));
+  for (std::size_t i = 1; i < length; ++i) {
+    const auto next = static_cast<unsigned char>(text[position + i]);
+    if ((next & 0xC0U) != 0x80) return kBadByte;
+    character = (character << 6) | (next & 0x3FU);
+  }
+  constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
+  const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
+  if (character < kSmallest[length] || character > 0x10FFFF || surrogate) return kBadByte;
+  return {character, length};
+}
+
+// Upper-case letters whose lower-case forms lie at one distance, or, with distance 0, each right
+// behind its upper-case form. The final sigma goes with the other one.
+struct CaseRange {
+  char32_t first, last;
+  std::int32_t distance;
+};
+constexpr CaseRange kCaseRanges[] = {
+    {0x41, 0x5A, 32},     {0xC0, 0xD6, 32},   {0xD8, 0xDE, 32},    {0x100, 0x12F, 0},
+    {0x132, 0x137, 0},    {0x139, 0x148, 0},  {0x14A, 0x177, 0},   {0x178, 0x178, -121},
+    {0x179, 0x17E, 0},    {0x386, 0x386, 38}, {0x388, 0x38A, 37},  {0x38C, 0x38C, 64},
+    {0x38E, 0x38F, 63},   {0x391, 0x3A1, 32}, {0x3A3, 0x3AB, 32},  {0x3C2, 0x3C2, 1},
+    {0x400, 0x40F, 80},   {0x410, 0x42F, 32}, {0x460, 0x481, 0},   {0x48A, 0x4BF, 0},
+    {0x4D0, 0x52F, 0},    {0x531, 0x556, 48}, {0x1E00, 0x1E95, 0}, {0x1EA0, 0x1EFF, 0},
+    {0xFF21, 0xFF3A, 32},
+};
+
+char32_t ToLower(char32_t character) {
+  for (const CaseRange& range : kCaseRanges) {
+    if (character < range.first || character > range.last) continue;
+    if (range.distance != 0)
+      return static_cast<char32_t>(static_cast<std::int32_t>(character) + range.distance);
+    const bool upper = (character - range.first) % 2 == 0;
+    return upper ? character + 1 : character;
+  }
+  return character;
+}
+
+void Append(std::string& text, char32_t character) {
+  const auto tail = [&](unsigned shift) {
+    return static_cast<char>(0x80U | ((character >> shift) & 0x3FU));
+  };
+  if (character < 0x80) {
+    text += static_cast<char>(character);
+  } else if (character < 0x800) {
+    text += {static_cast<char>(0xC0U | (character >> 6)), tail(0)};
+  } else if (character < 0x10000) {
+    text += {static_cast<char>(0xE0U | (character >> 12)), tail(6), tail(0)};
+  } else {
+    text += {static_cast<char>(0xF0U | (character >> 18)), tail(12), tail(6), tail(0)};
+  }
+}
+
+}  // namespace
+
+std::u32string Decode(std::string_view text) {
+  std::u32string characters;
+  characters.reserve(text.size());
+  for (std::size_t position = 0; position < text.size();) {
+    const Sequence sequence = DecodeAt(text, position);
+    characters += sequence.character;
+    position += sequence.length;
+  }
+  return characters;
+}
+
+std::string Encode(std::u32string_view characters) {
+  std::string text;
+  text.reserve(characters.size());
+  for (const char32_t character : characters) Append(text, character);
+  return text;
+}
+
+std::string MakeValid(std::string_view text) {
+  return Encode(Decode(text));
+}
+
+std::string MakePrintable(std::string_view text) {
+  std::u32string characters = Decode(text);
+  for (char32_t& character : characters) {
+    if (IsControl(character)) character = kReplacement;
+  }
+  return Encode(characters);
+}
+
+bool IsControl(char32_t character) {
+  const bool turnsDirection =
+      (character >= 0x202A && character <= 0x202E) || (character >= 0x2066 && character <= 0x2069);
+  return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 ||
+         character == 0x2029 || turnsDirection;
+}
+
+std::string FoldCase(std::string_view text) {
+  std::u32string characters = Decode(text);
+  for (char32_t& character : characters) character = ToLower(character);
+  return Encode(characters);
+}
+
+}  // namespace quaylink::host
