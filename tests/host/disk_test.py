@@ -1,0 +1,248 @@
+"""The program with a player in disk mode."""
+
+import csv
+import io
+import json
+import os
+import pty
+import select
+import shutil
+import signal
+import subprocess
+import time
+import unittest
+
+from players import (EXPORTED, TRACKS, BlockedTrack, HostTest, contents_of, database,
+                     limit_file_size)
+
+
+class Tracks(HostTest):
+    def test_database_file_is_listed_in_every_form(self):
+        file = self.folder / "copy.iTunesDB"
+        file.write_bytes(database(TRACKS))
+        listed = json.loads(self.run_program("tracks", file, "--json")[0])
+        self.assertEqual([(t["artist"], t["album"], t["title"]) for t in listed],
+                         [track[:3] for track in TRACKS])
+        self.assertEqual(listed[4]["location"], "/iPod_Control/Music/F01/EEEE.mp3")
+        rows = list(csv.DictReader(io.StringIO(self.run_program("tracks", file, "--csv")[0])))
+        self.assertEqual([row["title"] for row in rows], [track[2] for track in TRACKS])
+        table, errors = self.run_program("tracks", file)
+        self.assertEqual((table.splitlines()[-1], errors), ("5 tracks", ""))
+        self.assertEqual(len(table.splitlines()), 7)
+
+    def test_filters_and_order(self):
+        file = self.folder / "copy.iTunesDB"
+        file.write_bytes(database(TRACKS))
+        for options, indices in [(["--artist", "ac/dc"], [1, 2]),
+                                 (["--match", "BJÖRK"], [4]),
+                                 (["--album", "post", "--artist", "cell"], []),
+                                 (["--sort", "artist"], [3, 1, 2, 4, 0]),
+                                 (["--sort", "title", "--reverse"], [0, 2, 1, 4, 3])]:
+            output = self.run_program("tracks", file, "--json", *options)[0]
+            self.assertEqual([track["index"] for track in json.loads(output)], indices, options)
+        self.assertIn("2 of 5 tracks", self.run_program("tracks", file, "--artist", "ac/dc")[0])
+
+    def test_device_is_listed_by_way_of_its_database(self):
+        self.machine.attach_player()
+        listed = json.loads(self.run_program("tracks", "--json")[0])
+        self.assertEqual(listed[0]["location"], r"F:\iPod_Control\Music\F00\AAAA.m4a")
+        self.assertEqual(len(listed), len(TRACKS))
+
+    def test_player_without_tracks_is_no_failure(self):
+        self.machine.attach_player(tracks=[])
+        self.assertEqual(self.run_program("tracks")[0], "0 tracks\n")
+        self.assertEqual(self.run_program("tracks", "--json")[0], "[]\n")
+
+    def test_table_fits_the_terminal(self):
+        self.machine.attach_player()
+        main, terminal = pty.openpty()
+        self.addCleanup(os.close, main)
+        subprocess.run(["stty", "cols", "50"], stdin=terminal, check=True)
+        process = subprocess.Popen([os.environ["QUAYLINK_PROGRAM"], "tracks"], stdout=terminal,
+                                   stderr=terminal, env=self.environment())
+        os.close(terminal)
+        output = b""
+        while select.select([main], [], [], 10)[0]:
+            try:
+                output += os.read(main, 4096)
+            except OSError:
+                break
+        self.assertEqual(process.wait(), 0)
+        lines = output.decode().splitlines()
+        self.assertEqual(lines[-1], "5 tracks")
+        self.assertTrue(all(len(line) <= 50 for line in lines), lines)
+        self.assertIn("…", output.decode())
+
+
+class Copies(HostTest):
+    def test_status_tells_what_is_attached(self):
+        self.assertIn("no Apple device is attached", self.failure("status"))
+        self.machine.attach_player()
+        self.assertIn("player in disk mode", self.run_program("status")[0])
+        self.assertEqual(json.loads(self.run_program("status", "--json")[0]),
+                         {"attached": True, "reachable": True, "kind": "disk"})
+
+    def test_database_track_and_file_are_copied(self):
+        self.machine.attach_player()
+        self.out.mkdir()
+        source = self.machine.drive / "iPod_Control" / "iTunes" / "iTunesDB"
+        self.run_program("copy-database", self.out)
+        self.assertEqual((self.out / "iTunesDB").read_bytes(), source.read_bytes())
+        self.run_program("copy-track", 1, self.out)
+        self.assertEqual((self.out / "What_.mp3").read_bytes(), contents_of(1))
+        self.run_program("copy-track", 4, self.out / "named.mp3")
+        self.assertEqual((self.out / "named.mp3").read_bytes(), contents_of(4))
+        self.run_program("pull", r"F:\iPod_Control\Music\F00\AAAA.m4a", self.out)
+        self.assertEqual((self.out / "AAAA.m4a").read_bytes(), contents_of(0))
+        self.assertEqual(self.exported_files(), ["AAAA.m4a", "What_.mp3", "iTunesDB", "named.mp3"])
+
+    def test_files_says_where_to_look_instead(self):
+        self.machine.attach_player()
+        output, errors = self.run_program("files", "--json")
+        self.assertEqual(output, "[]\n")
+        self.assertIn("ordinary drive", errors)
+
+    def test_failed_copy_keeps_what_was_there(self):
+        self.machine.attach_player()
+        self.out.mkdir()
+        old = self.out / "song.mp3"
+        old.write_text("old")
+        (self.machine.drive / "iPod_Control" / "Music" / "F00" / "BBBB.mp3").unlink()
+        self.assertIn("AC/DC - What?: it could not be read", self.failure("copy-track", 1, old))
+        self.assertEqual(old.read_text(), "old")
+        self.assertEqual(self.exported_files(), ["song.mp3"])
+
+
+class Export(HostTest):
+    def setUp(self):
+        super().setUp()
+        self.machine.attach_player()
+
+    def music(self, name):
+        return self.machine.drive / "iPod_Control" / "Music" / name
+
+    def test_every_track_is_copied_once(self):
+        output, errors = self.run_program("export", self.out)
+        self.check_export()
+        self.assertEqual(errors, "")
+        self.assertIn("copied   " + EXPORTED[2], output)
+        self.assertIn("5 copied (150.0 kB), 0 already there, 0 failed\n", output)
+        times = [(self.out / name).stat().st_mtime_ns for name in EXPORTED]
+        output, _ = self.run_program("export", self.out)
+        self.assertEqual(output, "0 copied (0 bytes), 5 already there, 0 failed\n")
+        self.assertEqual(times, [(self.out / name).stat().st_mtime_ns for name in EXPORTED])
+
+    def test_missing_copies_are_made_again(self):
+        self.run_program("export", self.out)
+        (self.out / EXPORTED[1]).unlink()
+        (self.out / (EXPORTED[3] + ".part")).write_text("left by a crash")
+        (self.out / EXPORTED[3]).unlink()
+        output, _ = self.run_program("export", self.out)
+        self.assertIn("2 copied", output)
+        self.check_export()
+
+    def test_dry_run_touches_nothing(self):
+        output, _ = self.run_program("export", self.out, "--dry-run")
+        self.assertIn("would copy  " + EXPORTED[0], output)
+        self.assertIn("5 to copy, 0 already there", output)
+        self.assertFalse(self.out.exists())
+
+    def test_filters_do_not_change_names(self):
+        self.run_program("export", self.out, "--match", "what")
+        self.assertEqual(self.exported_files(), sorted(EXPORTED[1:3]))
+        (self.out / EXPORTED[1]).unlink()
+        self.run_program("export", self.out, "--artist", "AC/DC")
+        self.assertEqual((self.out / EXPORTED[1]).read_bytes(), contents_of(1))
+        self.assertEqual((self.out / EXPORTED[2]).read_bytes(), contents_of(2))
+
+    def test_pattern_names_the_copies(self):
+        self.run_program("export", self.out, "--name", "{index} {file}")
+        self.check_export(names=["0 AAAA.m4a", "1 BBBB.mp3", "2 CCCC.mp3", "3 DDDD.wav",
+                                 "4 EEEE.mp3"])
+
+    def test_json_tells_the_fate_of_each_track(self):
+        self.music("F01/CCCC.mp3").unlink()
+        self.run_program("export", self.out, "--artist", "supercell")
+        output, errors = self.run_program("export", self.out, "--json", status=1)
+        report = json.loads(output)
+        self.assertEqual([report[key] for key in ("copied", "skipped", "failed", "notReached")],
+                         [3, 1, 1, 0])
+        self.assertEqual([track["result"] for track in report["tracks"]],
+                         ["skipped", "copied", "failed", "copied", "copied"])
+        self.assertIn("could not be read", report["tracks"][2]["error"])
+        self.assertEqual(report["tracks"][0]["file"], str(self.out / EXPORTED[0]))
+        self.assertIn("AC/DC - What?", errors)
+
+    def test_quiet_says_nothing_and_verbose_more(self):
+        self.assertEqual(self.run_program("export", self.out, "-q"), ("", ""))
+        self.assertIn("skipped  " + EXPORTED[0], self.run_program("-v", "export", self.out)[0])
+
+    def test_read_only_source_gives_an_ordinary_copy(self):
+        for name in ("F00/AAAA.m4a", "F00/BBBB.mp3"):
+            self.music(name).chmod(0o444)
+        self.run_program("export", self.out)
+        self.check_export()
+
+    def test_player_that_goes_away_fails_the_rest_by_name(self):
+        blocked = BlockedTrack(self.music("F00/BBBB.mp3"))
+        process = self.start("export", self.out)
+        blocked.wait_for_reader()
+        self.machine.drive.rename(self.folder / "unplugged")
+        blocked.send(contents_of(1))
+        output, errors = (text.decode() for text in process.communicate(timeout=60))
+        self.assertEqual(process.returncode, 1)
+        self.assertIn("2 copied", output)
+        self.assertIn("3 failed", output)
+        for name in ("AC/DC - What?: it", r"F:\iPod_Control\Music\F01\DDDD.wav: it",
+                     "Björk - Hyper-ballad: it"):
+            self.assertIn(name, errors)
+        self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
+        (self.folder / "unplugged").rename(self.machine.drive)
+        self.run_program("export", self.out)
+        self.check_export()
+
+    def test_first_interrupt_finishes_the_copy_under_way(self):
+        blocked = BlockedTrack(self.music("F00/BBBB.mp3"))
+        process = self.start("export", self.out)
+        blocked.wait_for_reader()
+        process.send_signal(signal.SIGINT)
+        blocked.send(contents_of(1))
+        output, errors = (text.decode() for text in process.communicate(timeout=60))
+        self.assertEqual(process.returncode, 130)
+        self.assertIn("2 copied (60.0 kB), 0 already there, 0 failed, 3 not reached", output)
+        self.assertIn("Run the same command again", errors)
+        self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
+        blocked.file.unlink()
+        blocked.file.write_bytes(contents_of(1))
+        self.assertIn("3 copied", self.run_program("export", self.out)[0])
+        self.check_export()
+
+    def test_second_interrupt_ends_at_once_without_a_part(self):
+        blocked = BlockedTrack(self.music("F00/BBBB.mp3"))
+        process = self.start("export", self.out)
+        blocked.wait_for_reader()
+        process.send_signal(signal.SIGINT)
+        # The two signals must not become one.
+        time.sleep(0.3)
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=60)
+        blocked.close()
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertEqual(self.exported_files(), EXPORTED[:1])
+
+    def test_bar_is_shown_on_a_terminal_only(self):
+        main, terminal = pty.openpty()
+        self.addCleanup(os.close, main)
+        process = subprocess.Popen([os.environ["QUAYLINK_PROGRAM"], "export", str(self.out)],
+                                   stdout=subprocess.PIPE, stderr=terminal,
+                                   env=self.environment())
+        output, _ = process.communicate(timeout=60)
+        os.close(terminal)
+        bar = os.read(main, 65536).decode()
+        self.assertIn("[", bar)
+        self.assertIn("4/5  Björk - Hyper-ballad", bar)
+        self.assertEqual(len(output.splitlines()), 6)
+
+
+if __name__ == "__main__":
+    unittest.main()

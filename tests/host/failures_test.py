@@ -1,0 +1,142 @@
+"""What the program says when something is wrong: every message of the manual page's table."""
+
+import os
+import re
+import subprocess
+import unittest
+
+from players import EXPORTED, TRACKS, HostTest, contents_of, database, limit_file_size
+
+
+class Failures(HostTest):
+    def test_files_that_are_no_database_are_named(self):
+        whole = database(TRACKS)
+        for name, contents, words in [("missing", None, "No such file or directory"),
+                                      ("text.txt", b"no database at all", "is not a music database"),
+                                      ("empty", b"", "is not a music database"),
+                                      ("cut", whole[:90], "is damaged, or was not copied whole")]:
+            file = self.folder / name
+            if contents is not None:
+                file.write_bytes(contents)
+            self.assertEqual(self.failure("tracks", file), f"quaylink: {file}: {words}\n")
+        self.assertIn("is a folder", self.failure("tracks", self.folder))
+
+    def test_without_a_device_every_command_gives_advice(self):
+        for command in (["tracks"], ["export", self.out], ["copy-track", 0, self.out], ["files"],
+                        ["copy-database", self.out], ["pull", "/x", self.out], ["status"]):
+            self.assertIn("Is the player in disk mode and mounted", self.failure(*command))
+        self.assertFalse(self.out.exists())
+
+    def test_phone_without_the_makers_software_gives_advice(self):
+        self.machine.attach_phone()
+        for library in (self.machine.folder / "drives/C").rglob("*.dll"):
+            library.unlink()
+        self.assertIn("device software must be installed", self.failure("tracks"))
+
+    def test_device_without_a_database(self):
+        self.machine.attach_player()
+        file = self.machine.drive / "iPod_Control" / "iTunes" / "iTunesDB"
+        file.unlink()
+        self.assertIn("Has music been put on the player", self.failure("export", self.out))
+        file.write_bytes(b"something else")
+        self.assertIn("the device's music database: is not", self.failure("tracks"))
+
+    def test_phone_without_a_database(self):
+        self.machine.attach_phone()
+        (self.machine.phone / "iPod_Control" / "iTunes" / "iTunesDB").unlink()
+        self.assertIn("the phone's music database could not be copied", self.failure("tracks"))
+
+    def test_phone_that_cannot_be_listed(self):
+        self.machine.attach_phone(script=["fail-from AFCDirectoryOpen 2"])
+        self.assertIn("files could not be listed", self.failure("files"))
+        self.assertIn("could not be read", self.failure("pull", "/no/such/file", self.out))
+
+    def test_track_that_does_not_exist(self):
+        self.machine.attach_player()
+        self.assertIn("no track 5: its tracks are 0 to 4", self.failure("copy-track", 5, self.out))
+
+    def test_track_without_a_file(self):
+        self.machine.attach_phone(tracks=[("A", "B", "C", ""), *TRACKS])
+        _, errors = self.run_program("export", self.out, status=1)
+        self.assertEqual(errors.splitlines()[0],
+                         "quaylink: A - C: the music database names no file for this track")
+        self.assertEqual(len(self.exported_files()), len(TRACKS))
+
+    def test_destination_that_cannot_be_written(self):
+        self.machine.attach_player()
+        missing = self.folder / "missing" / "song.mp3"
+        for command in (["copy-track", 0], ["copy-database"], ["pull", r"F:\x"]):
+            self.assertEqual(self.failure(*command, missing),
+                             f"quaylink: {missing}: cannot be written: No such file or directory\n")
+        self.assertIn("is no ordinary file", self.failure("copy-database", "/dev/null"))
+        self.out.write_text("a file where the folder should be")
+        _, errors = self.run_program("export", self.out, status=1)
+        self.assertEqual(errors.count("the folder cannot be made"), len(TRACKS))
+
+    def test_folder_where_a_copy_should_be(self):
+        self.machine.attach_player()
+        (self.out / EXPORTED[4]).mkdir(parents=True)
+        _, errors = self.run_program("export", self.out, status=1)
+        self.assertIn("Björk - Hyper-ballad", errors)
+        self.assertIn("is no ordinary file", errors)
+
+    @unittest.skipIf(os.geteuid() == 0, "the superuser may write everywhere")
+    def test_folder_without_permission(self):
+        self.machine.attach_player()
+        self.out.mkdir(mode=0o555)
+        self.assertIn("Permission denied", self.failure("copy-database", self.out / "x"))
+
+    def test_output_that_cannot_be_written(self):
+        file = self.folder / "copy.iTunesDB"
+        file.write_bytes(database(TRACKS))
+        with open("/dev/full", "wb") as full:
+            process = subprocess.run([os.environ["QUAYLINK_PROGRAM"], "tracks", file], stdout=full,
+                                     stderr=subprocess.PIPE, env=self.environment(), check=False)
+        self.assertEqual(process.returncode, 1)
+        self.assertIn(b"the output could not be written", process.stderr)
+
+    def test_wrong_usage_has_its_own_status(self):
+        for arguments in ([], ["play"], ["tracks", "--sort", "size"], ["export"],
+                          ["export", self.out, "--name", "{titel}"], ["copy-track", "one", "x"],
+                          ["tracks", "--json", "--csv"]):
+            output, errors = self.run_program(*arguments, status=2)
+            self.assertEqual(output, "")
+            self.assertNotEqual(errors, "")
+
+    def test_help_is_there_for_every_command_with_examples(self):
+        commands = re.findall(r"^  ([a-z][a-z-]+) +[A-Z]", self.run_program("--help")[0], re.MULTILINE)
+        self.assertEqual(len(commands), 7)
+        for command in commands:
+            self.assertIn("Example", self.run_program(command, "--help")[0])
+
+
+class FullDisk(HostTest):
+    def setUp(self):
+        super().setUp()
+        self.out.mkdir()
+        mount = ["mount", "-t", "tmpfs", "-o", "size=88k", "tmpfs", str(self.out)]
+        if subprocess.run(mount, capture_output=True, check=False).returncode != 0:
+            self.skipTest("no small disk can be mounted here")
+        self.addCleanup(subprocess.run, ["umount", str(self.out)], check=True)
+
+    def check_full_disk(self):
+        output, errors = self.run_program("export", self.out, status=1)
+        self.assertIn("2 copied", output)
+        self.assertIn("1 failed, 2 not reached", output)
+        self.assertIn("AC/DC - What?", errors)
+        self.assertIn("cannot be written: No space left on device; free some space", errors)
+        self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
+        for number in (0, 1):
+            self.assertEqual((self.out / EXPORTED[number]).read_bytes(), contents_of(number))
+
+    def test_full_disk_ends_the_export_of_a_player(self):
+        self.machine.attach_player()
+        self.check_full_disk()
+
+    def test_full_disk_ends_the_export_of_a_phone(self):
+        self.machine.attach_phone()
+        self.check_full_disk()
+
+
+if __name__ == "__main__":
+    unittest.main()

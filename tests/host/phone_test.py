@@ -1,0 +1,80 @@
+"""The program with a phone."""
+
+import json
+import unittest
+
+from players import EXPORTED, TRACKS, HostTest, contents_of, limit_file_size
+
+
+class Phone(HostTest):
+    def attach(self, *script):
+        self.machine.attach_phone(script=(*script, "log log"))
+
+    def calls(self, name):
+        log = (self.machine.folder / "log").read_text().splitlines()
+        return [line for line in log if name in line]
+
+    def test_status_tells_whether_it_answers(self):
+        self.attach()
+        self.assertIn("A phone is attached and answers", self.run_program("status")[0])
+        self.assertEqual(json.loads(self.run_program("status", "--json")[0])["kind"], "phone")
+        self.machine.script.write_text("announce never\n")
+        self.assertIn("the phone does not answer", self.failure("status"))
+        self.assertEqual(json.loads(self.run_program("status", "--json", status=1)[0]),
+                         {"attached": True, "reachable": False, "kind": "phone"})
+
+    def test_files_are_listed_and_pulled(self):
+        self.attach()
+        strange = self.machine.phone / "DCIM" / "naïve \u202e name.jpg"
+        strange.parent.mkdir()
+        strange.write_bytes(b"picture")
+        lines = self.run_program("files")[0].splitlines()
+        self.assertIn("/DCIM/" + strange.name, lines)
+        self.assertIn("/iPod_Control/iTunes/iTunesDB", lines)
+        self.assertEqual(len(lines), 7)
+        self.assertEqual(sorted(json.loads(self.run_program("files", "--json")[0])), sorted(lines))
+        self.out.mkdir()
+        self.run_program("pull", "/DCIM/" + strange.name, self.out)
+        self.run_program("pull", "/iPod_Control/Music/F00/BBBB.mp3", self.out / "b.mp3")
+        self.assertEqual((self.out / "b.mp3").read_bytes(), contents_of(1))
+        self.assertEqual((self.out / "naïve _ name.jpg").read_bytes(), b"picture")
+
+    def test_export_copies_everything_over_one_connection(self):
+        self.attach()
+        listed = json.loads(self.run_program("tracks", "--json")[0])
+        self.assertEqual(listed[1]["location"], "/iPod_Control/Music/F00/BBBB.mp3")
+        (self.machine.folder / "log").unlink()
+        self.run_program("export", self.out)
+        self.check_export()
+        # One for the database, one for all tracks.
+        self.assertEqual(len(self.calls("AFCConnectionOpen")), 2)
+        self.assertEqual(len(self.calls("AFCConnectionClose")), 2)
+        self.assertIn("5 already there", self.run_program("export", self.out)[0])
+
+    def test_failed_copy_is_told_and_the_rest_goes_on(self):
+        (empty := self.machine).attach_phone(script=["fail AFCFileRefRead 3"])
+        (empty.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(b"")
+        output, errors = self.run_program("export", self.out, status=1)
+        self.assertIn("3 copied", output)
+        self.assertIn("2 failed", output)
+        self.assertEqual(errors.count("could not be read"), 2)
+        self.assertEqual(len(self.exported_files()), 3)
+        self.assertFalse([name for name in self.exported_files() if name.endswith(".part")])
+        (empty.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(contents_of(3))
+        empty.script.write_text("folder phone\n")
+        self.run_program("export", self.out)
+        self.check_export()
+
+    def test_copy_that_the_disk_cut_short_is_not_called_good(self):
+        self.attach()
+        # The database fits, a track does not; the library itself notices nothing.
+        output, errors = self.run_program("export", self.out, status=1, restore_signals=False,
+                                          preexec_fn=lambda: limit_file_size(29000))
+        self.assertIn("0 copied", output)
+        self.assertIn("5 failed", output)
+        self.assertIn("File too large", errors)
+        self.assertEqual(self.exported_files(), [])
+
+
+if __name__ == "__main__":
+    unittest.main()

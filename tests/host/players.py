@@ -1,0 +1,174 @@
+"""Sample players and phones for the tests of the command-line program, and the running of it."""
+
+import os
+import pathlib
+import shutil
+import signal
+import struct
+import subprocess
+import tempfile
+import unittest
+
+PROGRAM = os.environ["QUAYLINK_PROGRAM"]
+PHONE_LIBRARIES = os.environ["QUAYLINK_PHONE_LIBRARIES"]
+
+
+def chunk(tag, header_length, fields, body):
+    header = tag + struct.pack("<II", header_length, header_length + len(body)) + fields
+    return header.ljust(header_length, b"\0") + body
+
+
+def track_item(track_id, texts):
+    objects = b""
+    for kind, text in texts.items():
+        units = text.encode("utf-16-le")
+        body = struct.pack("<IIII", 1, len(units), 1, 0) + units
+        objects += chunk(b"mhod", 24, struct.pack("<III", kind, 0, 0), body)
+    return chunk(b"mhit", 388, struct.pack("<II", len(texts), track_id), objects)
+
+
+def database(tracks):
+    """A music database of (artist, album, title, location) tuples; an empty text is left out."""
+    items = b""
+    for track_id, (artist, album, title, location) in enumerate(tracks, start=100):
+        texts = {1: title, 2: location, 3: album, 4: artist}
+        items += track_item(track_id, {kind: text for kind, text in texts.items() if text})
+    track_list = (b"mhlt" + struct.pack("<II", 92, len(tracks))).ljust(92, b"\0") + items
+    data_set = chunk(b"mhsd", 96, struct.pack("<I", 1), track_list)
+    return chunk(b"mhbd", 104, struct.pack("<III", 1, 25, 1), data_set)
+
+
+TRACKS = [
+    ("supercell", "Today Is A Beautiful Day", "終わりへ向かう始まりの歌", ":iPod_Control:Music:F00:AAAA.m4a"),
+    ("AC/DC", "Back: In Black", "What?", ":iPod_Control:Music:F00:BBBB.mp3"),
+    ("AC/DC", "Back: In Black", "What?", ":iPod_Control:Music:F01:CCCC.mp3"),
+    ("", "", "", ":iPod_Control:Music:F01:DDDD.wav"),
+    ("Björk", "Post", "Hyper-ballad", ":iPod_Control:Music:F01:EEEE.mp3"),
+]
+EXPORTED = [
+    "supercell/Today Is A Beautiful Day/終わりへ向かう始まりの歌.m4a",
+    "AC_DC/Back_ In Black/What_.mp3",
+    "AC_DC/Back_ In Black/What_ (2).mp3",
+    "Unknown Artist/Unknown Album/DDDD.wav",
+    "Björk/Post/Hyper-ballad.mp3",
+]
+
+
+def contents_of(number):
+    """Audio data that differs from track to track."""
+    return bytes((number * 31 + i * i) % 251 for i in range(30000 + number))
+
+
+class Machine:
+    """A machine folder with, at first, nothing but a fixed drive."""
+
+    def __init__(self, folder):
+        self.folder = folder
+        (folder / "drives" / "C").mkdir(parents=True)
+
+    def attach_player(self, tracks=None, letter="F"):
+        tracks = TRACKS if tracks is None else tracks
+        (self.folder / "usb" / "VID_05AC&PID_1261" / "000A27001A2B3C4D").mkdir(parents=True)
+        self.drive = self.folder / "drives" / letter
+        (self.folder / "drives" / "D").mkdir()
+        self.fill(self.drive, tracks)
+        return self
+
+    def attach_phone(self, tracks=None, script=()):
+        (self.folder / "usb" / "VID_05AC&PID_1290" / "0011223344").mkdir(parents=True)
+        program_files = self.folder / "drives" / "C" / "Program Files"
+        libraries = program_files / "Common Files/Apple/Mobile Device Support/bin"
+        libraries.mkdir(parents=True)
+        for name in ("CoreFoundation.dll", "iTunesMobileDevice.dll"):
+            shutil.copy(pathlib.Path(PHONE_LIBRARIES) / name, libraries)
+        self.phone = self.folder / "phone"
+        self.fill(self.phone, TRACKS if tracks is None else tracks)
+        self.script = self.folder / "phone.script"
+        self.script.write_text("\n".join(["folder phone", *script]) + "\n")
+        return self
+
+    def fill(self, root, tracks):
+        (root / "iPod_Control" / "iTunes").mkdir(parents=True)
+        (root / "iPod_Control" / "Music").mkdir()
+        (root / "iPod_Control" / "iTunes" / "iTunesDB").write_bytes(database(tracks))
+        for number, (_, _, _, location) in enumerate(tracks):
+            if location:
+                file = root.joinpath(*location.split(":")[1:])
+                file.parent.mkdir(exist_ok=True)
+                file.write_bytes(contents_of(number))
+
+
+class HostTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="quaylink-test-"))
+        self.addCleanup(shutil.rmtree, self.folder)
+        self.machine = Machine(self.folder / "machine")
+        self.out = self.folder / "out"
+        self.temporary = self.folder / "temporary"
+        self.temporary.mkdir()
+
+    def tearDown(self):
+        self.assertEqual(list(self.temporary.iterdir()), [], "a temporary file was left behind")
+
+    def environment(self):
+        environment = dict(os.environ, QUAYLINK_MACHINE=str(self.machine.folder),
+                           TMPDIR=str(self.temporary), LC_ALL="C.UTF-8")
+        if hasattr(self.machine, "script"):
+            environment["STAND_IN_PHONE"] = str(self.machine.script)
+        return environment
+
+    def start(self, *arguments, **options):
+        return subprocess.Popen([PROGRAM, *map(str, arguments)], env=self.environment(),
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+
+    def run_program(self, *arguments, status=0, **options):
+        """Runs the program to its end and gives back what it printed on its two streams."""
+        process = self.start(*arguments, **options)
+        output, errors = process.communicate(timeout=60)
+        output, errors = output.decode(errors="surrogateescape"), errors.decode()
+        self.assertEqual(process.returncode, status, output + errors)
+        return output, errors
+
+    def failure(self, *arguments, status=1, **options):
+        """The one line that a command says when it fails."""
+        output, errors = self.run_program(*arguments, status=status, **options)
+        self.assertEqual(output, "")
+        self.assertRegex(errors, r"\Aquaylink: [^\n]+\n\Z")
+        return errors
+
+    def exported_files(self):
+        return sorted(str(f.relative_to(self.out)) for f in self.out.rglob("*") if not f.is_dir())
+
+    def check_export(self, tracks=TRACKS, names=None):
+        """Everything exported is there byte for byte, and nothing else."""
+        names = EXPORTED if names is None else names
+        self.assertEqual(self.exported_files(), sorted(names))
+        for number, name in enumerate(names):
+            self.assertEqual((self.out / name).read_bytes(), contents_of(number), name)
+
+
+class BlockedTrack:
+    """Stands in for a track's file, and holds whoever copies it until it is told to go on."""
+
+    def __init__(self, file):
+        file.unlink()
+        os.mkfifo(file)
+        self.file = file
+
+    def wait_for_reader(self):
+        self.descriptor = os.open(self.file, os.O_WRONLY)
+
+    def send(self, contents):
+        with os.fdopen(self.descriptor, "wb") as pipe:
+            pipe.write(contents)
+
+    def close(self):
+        os.close(self.descriptor)
+
+
+def limit_file_size(size):
+    """For a process to be started: writing a file beyond so many bytes fails."""
+    import resource
+
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
