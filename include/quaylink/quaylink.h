@@ -1,29 +1,44 @@
-/*
- * Quaylink: read access to the music and files of Apple players and phones attached over USB.
+/**
+ * @mainpage Quaylink
+ *
+ * Read access to the music and files of Apple players and phones attached over USB.
  *
  * Two kinds of device are served. A classic player in disk mode is a removable drive whose root
  * holds the folder iPod_Control ("the disk road"). A phone-class device is reached through the
  * maker's own device libraries, which are loaded at run time ("the mobile road"). The first
- * attached Apple device decides the road; the functions are the same on both.
+ * attached Apple device decides the road; the functions are the same on both, and all of them stand
+ * in quaylink.h.
  *
- * Calling order. InitializeIPod comes first and TerminateIPod last; between them the other
- * functions may be called in any order. Those that need a device look for one themselves, as each
- * says. Before InitializeIPod, and after TerminateIPod, every function gives its failure result and
- * does nothing (DisconnectIPod, whose result is always 1, does nothing either).
+ * @par Calling order
+ * InitializeIPod comes first and TerminateIPod last; between them the other functions may be called
+ * in any order. Those that need a device look for one themselves, as each says. Before
+ * InitializeIPod, and after TerminateIPod, every function gives its failure result and does nothing
+ * (DisconnectIPod, whose result is always 1, does nothing either).
  *
- * Texts. All strings are NUL-terminated 8-bit strings. Local paths and the texts of track records
- * are in the system's ANSI code page. Paths on a phone are "/"-separated, at most 255 bytes long,
- * and pass byte for byte. A string passed in is only read, during the call, and stays the caller's.
+ * @par Texts
+ * All strings are NUL-terminated 8-bit strings. Local paths and the texts of track records are in
+ * the system's ANSI code page. Paths on a phone are "/"-separated, at most 255 bytes long, and pass
+ * byte for byte. A string passed in is only read, during the call, and stays the caller's.
  *
- * Results. A boolean result is one byte: 1 for true, 0 for false. Failures are told by results
- * alone; nothing is logged, no message is shown, and no exception leaves the library. A failed call
- * leaves the library usable. Running out of memory counts as a failure of the call.
+ * @par Results
+ * A boolean result is one byte: 1 for true, 0 for false. Failures are told by results alone;
+ * nothing is logged, no message is shown, and no exception leaves the library. A failed call leaves
+ * the library usable. Running out of memory counts as a failure of the call.
  *
- * Threads. The functions take no lock: call them from one thread at a time. The library starts no
- * thread.
+ * @par Writing
+ * When a phone's file is copied, errors in writing the local file are not noticed: a full disk
+ * gives a short file and the result 1. A careful host checks that the disk still has room
+ * afterwards.
  *
- * Calling convention. cdecl, for the functions and for the callback. The exported names are
- * undecorated.
+ * @par Threads
+ * The functions take no lock: call them from one thread at a time. The library starts no thread.
+ *
+ * @par Calling convention
+ * cdecl, for the functions and for the callback. The exported names are undecorated.
+ */
+/**
+ * @file
+ * The whole interface of the library: ten functions, the track record and a callback.
  */
 #ifndef QUAYLINK_QUAYLINK_H_
 #define QUAYLINK_QUAYLINK_H_
@@ -60,14 +75,14 @@ enum { QUAYLINK_TEXT_SIZE = 256 };
  */
 typedef struct TrackRecord {
   /**
-   * Where the track's file is: a Windows path such as F:\iPod_Control\Music\F05\ABCD.mp3 when the
+   * Where the track's file is: a Windows path such as `F:\iPod_Control\Music\F05\ABCD.mp3` when the
    * last device detection before the parse found a player's drive, else a device path such as
-   * /iPod_Control/Music/F05/ABCD.mp3.
+   * `/iPod_Control/Music/F05/ABCD.mp3`.
    */
   char location[QUAYLINK_TEXT_SIZE];
-  char artist[QUAYLINK_TEXT_SIZE];
-  char title[QUAYLINK_TEXT_SIZE];
-  char album[QUAYLINK_TEXT_SIZE];
+  char artist[QUAYLINK_TEXT_SIZE]; /**< The track's artist, at byte 256 of the record. */
+  char title[QUAYLINK_TEXT_SIZE];  /**< The track's title, at byte 512. */
+  char album[QUAYLINK_TEXT_SIZE];  /**< The track's album, at byte 768. */
 } TrackRecord;
 
 /**
@@ -100,7 +115,7 @@ QUAYLINK_EXPORT void QUAYLINK_CALL TerminateIPod(void);
 /**
  * Looks for an attached device and chooses the road by the first one found.
  *
- * For a player in disk mode a removable drive B: to Z: must hold iPod_Control\Music. The first
+ * For a player in disk mode a removable drive B: to Z: must hold `iPod_Control\Music`. The first
  * phone found loads the maker's libraries, and from then on every file function takes the mobile
  * road until TerminateIPod.
  *
@@ -114,7 +129,10 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL IsIPodConnected(void);
  * keeps it open. A player in disk mode needs no connection. Waits up to about two seconds for a
  * phone to answer.
  *
- * @return 1 when the phone's connection is open (already, perhaps) or none is needed, else 0
+ * A connection that is open already is not tried: when the phone was unplugged meanwhile, call
+ * DisconnectIPod first.
+ *
+ * @return 1 when the phone's connection is open or none is needed, else 0
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL ConnectIPod(void);
 
@@ -162,8 +180,7 @@ QUAYLINK_EXPORT int32_t QUAYLINK_CALL ParseITunesDB(const char* databasePath, in
  * @param recordIndex      index of the track's record, from 0
  * @param destinationPath  local file, created or replaced; not touched when recordIndex is out of
  * range; a failed copy leaves it behind, empty or partial
- * @return 1 when the file was copied, else 0. Errors in writing to the local disk are not noticed
- * on the mobile road: a careful host checks the size of the copy.
+ * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile road.
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyFileFromIPod(uint32_t recordIndex,
                                                             const char* destinationPath);
@@ -172,8 +189,8 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyFileFromIPod(uint32_t recordIndex
  * Lists every file of a phone, calling the callback once for each, folder by folder. The list is
  * complete before the first call. On the disk road there is nothing to list: 1, and no call.
  *
- * @param autoConnect  true: look for a device, open a connection when none is, and close it before
- * the first call of the callback; false: use the connection that ConnectIPod opened
+ * @param autoConnect  true: look for a device, open a connection when none is, and leave none open
+ * when the callback is called first; false: use the connection that ConnectIPod opened
  * @param callback     receives each device path; must not be null
  * @param context      handed to the callback unchanged
  * @return 1 when the listing is complete, else 0 without any call of the callback
@@ -186,12 +203,12 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool 
  * Copies any file of a device to a local file.
  *
  * @param autoConnect      true: look for a device, and on a phone open a connection when none is
- * and close it again; false: use the connection that ConnectIPod opened
+ * and leave none open; false: use the connection that ConnectIPod opened
  * @param devicePath       path on the phone as EnumGenericFileFromIPod gives it; on the disk road a
  * Windows path on the player's drive
  * @param destinationPath  local file, created or replaced; a failed copy may leave it behind
- * @return 1 when the file was copied, else 0; see CopyFileFromIPod for errors in writing. A phone's
- * file of no bytes cannot be copied: 0.
+ * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile road.
+ * A phone's file of no bytes cannot be copied: 0.
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyGenericFileFromIPod(QuaylinkBool autoConnect,
                                                                    const char* devicePath,
