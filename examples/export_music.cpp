@@ -68,11 +68,12 @@ std::string FileName(std::size_t number, const TrackRecord& track) {
 int ExportMusic(const std::string& folder) {
   Quaylink quaylink;
   const std::vector<TrackRecord> tracks = quaylink.Tracks(folder);
+  const std::string prefix = folder + "/";
   std::size_t copied = 0;
   Connection connection;
   for (std::size_t i = 0; i < tracks.size(); ++i) {
     const std::string name = FileName(i + 1, tracks[i]);
-    const bool isCopied = connection.Copy(tracks[i].location, folder + "/" + name);
+    const bool isCopied = connection.Copy(tracks[i].location, prefix + name);
     std::printf("%s  %s - %s\n", isCopied ? name.c_str() : "not copied:", tracks[i].artist,
                 tracks[i].title);
     copied += isCopied ? 1 : 0;
