@@ -1,9 +1,9 @@
 # What `cmake --install` and CPack hand to a host's developer: a zip for Windows, a tarball elsewhere.
-if(WIN32)
-  set(CMAKE_INSTALL_DOCDIR doc CACHE PATH "Documentation")
-endif()
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
+if(WIN32)
+  set(CMAKE_INSTALL_DOCDIR doc)
+endif()
 
 install(TARGETS quaylink EXPORT quaylinkTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
@@ -14,7 +14,7 @@ if(TARGET quaylink_host)
   set_target_properties(quaylink_host PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS quaylink_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
-install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 

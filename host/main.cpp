@@ -18,6 +18,8 @@ int Run(std::vector<std::string> arguments) {
   app.set_version_flag("--version", "quaylink " QUAYLINK_VERSION);
   app.add_flag("-q,--quiet", program.quiet, "Print results and errors only");
   app.add_flag("-v,--verbose", program.verbose, "Print more of what is done")->excludes("--quiet");
+  // A phone's paths begin with "/", as options do elsewhere on Windows.
+  app.allow_windows_style_options(false);
   app.require_subcommand(1);
   app.fallthrough();
   app.footer(

@@ -1,7 +1,7 @@
 /*
  * The compiler's thread library counts milliseconds with GetTickCount64, which Windows XP does not
- * have, and nothing else in the library needs a newer Windows. So the linker finds this function
- * instead, under the name by which an imported one is called.
+ * have, and nothing else in the library or the program needs a newer Windows. So the linker finds
+ * this function instead, under the name by which an imported one is called.
  */
 #include <windows.h>
 
