@@ -105,8 +105,7 @@ TEST(DataObjectTest, ANewTextReplacesTheOldOneAndSetsTheLength) {
   DataObjectChunk object(arena);
   ReadBytes(object, TextObject(1, u"before"));
   object.SetText(nullptr);
-  EXPECT_STREQ(reinterpret_cast<const char*>(object.wideText.data()),
-               reinterpret_cast<const char*>(u"before"));
+  EXPECT_EQ(WrittenBytes(object), TextObject(1, u"before"));
   object.SetText(DataObjectChunk::WidenText("IPOD").get());
   EXPECT_EQ(object.bodyLength, 8u);
   EXPECT_EQ(WrittenBytes(object), TextObject(1, u"IPOD"));

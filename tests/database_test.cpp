@@ -79,7 +79,7 @@ TEST(DatabaseTest, TheFirstDataSetOfTypeOneHoldsTheTracks) {
   DatabaseChunk database;
   ReadBytes(database, Database(4, kAlbums + sixth + kTracks + other));
   ASSERT_NE(database.TrackDataSet(), nullptr);
-  EXPECT_TRUE(database.TrackDataSet()->trackList.tracks.contains(5));
+  EXPECT_EQ(database.TrackDataSet()->trackList.tracks.size(), 1U);
   database.Clear();
   database.Clear();
   EXPECT_EQ(database.TrackDataSet(), nullptr);
@@ -146,10 +146,14 @@ TEST(DatabaseTest, TruncatedDatabasesAreReadAsFarAsTheyGo) {
     DatabaseChunk database;
     Stream stream(cut);
     const bool sound = database.Read(stream) >= 0;
-    EXPECT_EQ(sound, database.dataSets.size() == 5) << length;
-    database.dataSetCount = database.dataSets.size();
+    EXPECT_TRUE(!sound || database.dataSets.size() == 5) << length;
+    EXPECT_LE(database.dataSetCount, 5U);
+    if (!sound) continue;
     Stream again;
-    database.Write(again);
+    DatabaseChunk second;
+    ASSERT_GT(database.Write(again), 0) << length;
+    Stream reread(again.Written());
+    EXPECT_GT(second.Read(reread), 0) << length;
   }
 }
 

@@ -131,5 +131,23 @@ TEST_F(DiskRoadTest, TheFirstDeviceListedDecidesTheRoad) {
   EXPECT_TRUE(files.empty());
 }
 
+TEST_F(DiskRoadTest, PhonesAndNoOtherProductsLeadToTheMobileRoad) {
+  const struct {
+    unsigned productId;
+    bool isPhone;
+  } cases[] = {{0x1290, true},  {0x1291, true},  {0x1292, true},  {0x1293, true},
+               {0x1294, true},  {0x129A, true},  {0x1201, false}, {0x1262, false},
+               {0x1263, false}, {0x1300, false}, {0x1301, false}};
+  AddPlayerDrive('F');
+  for (const auto& c : cases) {
+    machine.DetachDevices();
+    machine.AttachDevice(c.productId);
+    DeviceManager fresh;
+    EXPECT_TRUE(fresh.Detect());
+    EXPECT_EQ(fresh.bridge != nullptr, c.isPhone) << std::hex << c.productId;
+    EXPECT_EQ(fresh.driveLetter, c.isPhone ? 0 : 'F') << std::hex << c.productId;
+  }
+}
+
 }  // namespace
 }  // namespace quaylink::test

@@ -3,9 +3,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "interface/device_manager.h"
 #include "support/attached_phone.h"
 #include "support/database_bytes.h"
+#include "support/loaded_library.h"
 
 namespace quaylink::test {
 namespace {
@@ -153,6 +158,78 @@ TEST_F(MobileRoadTest, AFailureOfThePhoneIsOverWithTheOperation) {
     EXPECT_FALSE(manager.CopyDatabase("C:\\db")) << skip;
     EXPECT_FALSE(manager.sessionOpen);
   }
+}
+
+// A host over the exports, and libraries that are really loaded.
+class PhoneHostTest : public testing::Test {
+ protected:
+  PhoneHostTest() {
+    machine.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMON, "C:\\Common");
+    for (const std::string name : {"CoreFoundation.dll", "iTunesMobileDevice.dll"}) {
+      std::ifstream file(STAND_IN_LIBRARIES + ("/" + name), std::ios::binary);
+      machine.WriteFile("C:\\Common\\Apple\\Mobile Device Support\\bin\\" + name,
+                        std::string(std::istreambuf_iterator<char>(file), {}));
+    }
+    machine.AttachDevice(0x1290);
+    const std::filesystem::path phone = machine.LocalPath("phone");
+    std::filesystem::create_directories(phone / "DCIM");
+    for (const std::string name : {"a", "b", "c"}) std::ofstream(phone / "DCIM" / name) << name;
+    std::ofstream(machine.LocalPath("phone.txt")) << "folder " << phone.string() << "\n";
+    SetEnvironment("STAND_IN_PHONE", machine.LocalPath("phone.txt"));
+    InitializeIPod();
+  }
+  ~PhoneHostTest() override {
+    TerminateIPod();
+    SetEnvironment("STAND_IN_PHONE", "");
+  }
+
+  TestMachine machine;
+};
+
+struct Walk {
+  int calls = 0;
+  int copied = 0;
+};
+
+void QUAYLINK_CALL CopyEach(const char* devicePath, void* context) {
+  auto& walk = *static_cast<Walk*>(context);
+  const std::string copy = "C:\\copy" + std::to_string(walk.calls++);
+  walk.copied += CopyGenericFileFromIPod(1, devicePath, copy.c_str());
+}
+
+void QUAYLINK_CALL EndOrBeginAnew(const char* /*devicePath*/, void* context) {
+  auto& walk = *static_cast<Walk*>(context);
+  if (walk.calls++ == 0) {
+    TerminateIPod();
+  } else {
+    InitializeIPod();
+  }
+}
+
+TEST_F(PhoneHostTest, TheCallbackMayCopyEachFileThatItIsGiven) {
+  Walk walk;
+  EXPECT_EQ(EnumGenericFileFromIPod(1, CopyEach, &walk), 1);
+  EXPECT_EQ(walk.calls, 3);
+  EXPECT_EQ(walk.copied, 3);
+  EXPECT_EQ(machine.ReadFile("C:\\copy2"), "c");
+}
+
+TEST_F(PhoneHostTest, TheWalkGoesOnWhenTheCallbackEndsTheManager) {
+  Walk walk;
+  EXPECT_EQ(EnumGenericFileFromIPod(1, EndOrBeginAnew, &walk), 1);
+  EXPECT_EQ(walk.calls, 3);
+}
+
+// A host that takes its booleans for integers leaves more than one byte in the argument.
+TEST_F(PhoneHostTest, ABooleanArgumentIsItsLowByte) {
+  using WideEnum = QuaylinkBool(QUAYLINK_CALL*)(unsigned, EnumFileCallback, void*);
+  const auto enumerate =
+      reinterpret_cast<WideEnum>(reinterpret_cast<void*>(&EnumGenericFileFromIPod));
+  Walk walk;
+  EXPECT_EQ(enumerate(0x100, CopyEach, &walk), 1) << "false: no detection, and nothing to list";
+  EXPECT_EQ(walk.calls, 0);
+  EXPECT_EQ(enumerate(0x101, CopyEach, &walk), 1);
+  EXPECT_EQ(walk.calls, 3);
 }
 
 }  // namespace

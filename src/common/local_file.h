@@ -7,7 +7,7 @@
 namespace quaylink {
 
 struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
+  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 
 using LocalFile = std::unique_ptr<std::FILE, CloseFile>;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 #include "common/local_file.h"
@@ -115,7 +116,9 @@ bool DeviceManager::Parse(const char* databasePath) {
   if (result < 0) return false;
 
   const DataSetChunk* dataSet = theDatabase.TrackDataSet();
-  trackRecords.reserve(dataSet ? dataSet->trackList.tracks.size() : 0);
+  const std::size_t count = dataSet ? dataSet->trackList.tracks.size() : 0;
+  if (count > trackRecords.max_size()) throw std::bad_alloc();
+  trackRecords.reserve(count);
   trackRecords.clear();
   if (dataSet) BuildTrackRecords(dataSet->trackList);
   return true;

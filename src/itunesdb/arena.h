@@ -20,7 +20,7 @@ class Arena {
   // Memory that lasts until the next Rewind. The alignment is a power of two. Throws std::bad_alloc
   // when there is none.
   void* Allocate(std::size_t size, std::size_t alignment) {
-    const std::size_t padding = -reinterpret_cast<std::uintptr_t>(cursor_) & (alignment - 1);
+    const std::size_t padding = (0 - reinterpret_cast<std::uintptr_t>(cursor_)) & (alignment - 1);
     if (static_cast<std::size_t>(end_ - cursor_) < padding + size) return AllocateElsewhere(size);
     std::byte* result = cursor_ + padding;
     cursor_ = result + size;

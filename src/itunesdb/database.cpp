@@ -71,8 +71,7 @@ std::int32_t DatabaseChunk::Read(Stream& stream) {
       dataSetCount = dataSets.size();
       break;
     }
-    DataSetChunk& dataSet = dataSets.Append(arena(), MakeOwned<DataSetChunk>(arena(), arena()));
-    sum += static_cast<std::uint32_t>(dataSet.Read(stream));
+    sum += static_cast<std::uint32_t>(AddDataSet(0).Read(stream));
   }
   return sum == totalLength ? static_cast<std::int32_t>(totalLength) : -1;
 }

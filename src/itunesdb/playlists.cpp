@@ -1,6 +1,7 @@
 #include "itunesdb/playlists.h"
 
 #include <cstdlib>
+#include <exception>
 #include <random>
 
 #include "platform/windows_api.h"
@@ -14,6 +15,18 @@ constexpr std::uint32_t kWrittenItemHeader = 76;
 constexpr std::uint32_t kShortestPlaylistHeader = 20;  // up to the item count
 constexpr std::uint32_t kShortestItemHeader = 16;      // up to the data-object count
 
+// Where the system has no random numbers either, the identifier is left to the C runtime's.
+void FillRandomly(GUID& guid) {
+  try {
+    std::random_device source;
+    guid.Data1 = source();
+    guid.Data2 = static_cast<std::uint16_t>(source());
+    guid.Data3 = static_cast<std::uint16_t>(source());
+  } catch (const std::exception&) {
+    guid = {};
+  }
+}
+
 bool IsWritten(const DataObjectChunk& object) {
   return object.objectType != kIndexListObject && object.objectType != kJumpTableObject;
 }
@@ -23,10 +36,7 @@ bool IsWritten(const DataObjectChunk& object) {
 std::uint64_t NewPersistentId() {
   GUID guid{};
   if (CoCreateGuid(&guid) != S_OK) {
-    std::random_device source;
-    guid.Data1 = source();
-    guid.Data2 = static_cast<std::uint16_t>(source());
-    guid.Data3 = static_cast<std::uint16_t>(source());
+    FillRandomly(guid);
   }
   const auto random = static_cast<std::uint64_t>(std::rand()) & 0x7FFF;
   return std::uint64_t{guid.Data1} << 32 | std::uint64_t{guid.Data2} << 16 | guid.Data3 | random;

@@ -77,23 +77,17 @@ void Stream::Write(const void* source, std::size_t size) {
 
 std::uint8_t* Stream::Claim(std::size_t size) {
   const auto begin = static_cast<std::size_t>(position_);
-  if (begin + size > capacity_) Reserve(std::max(begin + size, capacity_ * 2));
+  if (begin + size > capacity_) GrowTo(std::max(begin + size, capacity_ * 2));
   position_ += size;
   size_ = std::max(size_, position_);
   return written_.get() + begin;
 }
 
-void Stream::Reserve(std::size_t size) {
-  if (size <= capacity_) return;
-  auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+void Stream::GrowTo(std::size_t capacity) {
+  auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
   if (size_ > 0) std::memcpy(larger.get(), written_.get(), static_cast<std::size_t>(size_));
   written_ = std::move(larger);
-  capacity_ = size;
-}
-
-bool Stream::SaveTo(std::FILE* file) const {
-  const auto bytes = Written();
-  return std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  capacity_ = capacity;
 }
 
 }  // namespace quaylink

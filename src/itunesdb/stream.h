@@ -54,9 +54,6 @@ class Stream {
   // past them.
   std::uint8_t* Claim(std::size_t size);
 
-  // Makes room for `size` written bytes in all. Throws std::bad_alloc.
-  void Reserve(std::size_t size);
-
   std::uint64_t Tell() const { return position_; }
   void SkipBy(std::int64_t distance) { position_ += static_cast<std::uint64_t>(distance); }
   void SeekTo(std::uint64_t position) { position_ = position; }
@@ -66,8 +63,6 @@ class Stream {
   std::span<const std::uint8_t> Written() const {
     return {written_.get(), static_cast<std::size_t>(size_)};
   }
-  // Saves what was written; false when the file did not take it all.
-  bool SaveTo(std::FILE* file) const;
 
   void NoteFailedChunk() { ++failedChunks_; }
   // True when there is no point in looking for another chunk.
@@ -79,6 +74,7 @@ class Stream {
  private:
   std::size_t ReadAcrossWindows(void* destination, std::size_t size);
   void FillWindow();
+  void GrowTo(std::size_t capacity);
 
   std::uint64_t position_ = 0;
   std::uint64_t size_ = 0;

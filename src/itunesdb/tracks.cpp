@@ -62,10 +62,6 @@ void TrackMap::Add(std::uint32_t id, Owned<TrackItemChunk> item) {
   entries_.push_back({id, std::move(item)});
 }
 
-bool TrackMap::contains(std::uint32_t id) const {
-  return std::ranges::binary_search(Entries(), id, {}, &Entry::id);
-}
-
 void TrackMap::Sort() const {
   std::ranges::stable_sort(entries_, {}, &Entry::id);
   const auto sameId = [](const Entry& a, const Entry& b) { return a.id == b.id; };

@@ -161,7 +161,6 @@ class TrackMap {
   void Add(std::uint32_t id, Owned<TrackItemChunk> item);
 
   std::size_t size() const { return Entries().size(); }
-  bool contains(std::uint32_t id) const;
   std::vector<Entry>::const_iterator begin() const { return Entries().begin(); }
   std::vector<Entry>::const_iterator end() const { return Entries().end(); }
 

@@ -4,9 +4,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <optional>
 
+#include "common/local_file.h"
 #include "mobile/mobile_device_bridge.h"
 
 namespace quaylink {
@@ -171,10 +171,6 @@ std::optional<long long> StatedSize(const MobileDeviceBridge& bridge, const char
   return size;
 }
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
-};
-
 }  // namespace
 
 std::int32_t MobileDeviceBridge::ListFolders(const std::string& startPath,
@@ -204,7 +200,7 @@ std::int32_t MobileDeviceBridge::ListFiles(std::vector<std::string> folders,
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::int32_t MobileDeviceBridge::CopyDeviceFile(std::string localPath, std::string devicePath) {
   if (!CanCopy(*this)) return 0;
-  const std::unique_ptr<std::FILE, CloseFile> localFile(fopen(localPath.c_str(), "wb+"));
+  const LocalFile localFile(fopen(localPath.c_str(), "wb+"));
   if (!localFile) return 0;
   const std::optional<long long> size = StatedSize(*this, devicePath.c_str());
   if (!size || *size <= 0) return 0;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <new>
 #include <vector>
 
 #include "platform/portable/errors.h"
@@ -131,7 +132,12 @@ std::FILE* fopen(const char* path, const char* mode) {
 }
 
 int _unlink(const char* path) {
-  return ::unlink(HostPath(path).c_str());
+  try {
+    return ::unlink(HostPath(path).c_str());
+  } catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+    return -1;
+  }
 }
 
 }  // namespace quaylink

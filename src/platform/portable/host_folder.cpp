@@ -1,12 +1,19 @@
 #include "platform/portable/host_folder.h"
 
+#include <dirent.h>
+
 #include <algorithm>
-#include <system_error>
+#include <memory>
+#include <string_view>
 
 #include "common/ascii.h"
 
 namespace quaylink::portable {
 namespace {
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { static_cast<void>(closedir(folder)); }
+};
 
 bool IsBefore(const std::string& a, const std::string& b) {
   const auto [inA, inB] = std::ranges::mismatch(a, b, {}, AsciiLower, AsciiLower);
@@ -20,10 +27,11 @@ bool IsBefore(const std::string& a, const std::string& b) {
 
 std::vector<std::string> SortedNames(const std::filesystem::path& folder) {
   std::vector<std::string> names;
-  std::error_code failed;
-  std::filesystem::directory_iterator entry(folder, failed);
-  for (; !failed && entry != std::filesystem::directory_iterator(); entry.increment(failed)) {
-    names.push_back(entry->path().filename().string());
+  // The standard's directory iterator ends the program when memory runs out.
+  const std::unique_ptr<DIR, CloseFolder> listing(opendir(folder.c_str()));
+  while (const dirent* entry = listing ? readdir(listing.get()) : nullptr) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
   }
   std::ranges::sort(names, IsBefore);
   return names;

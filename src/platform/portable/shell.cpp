@@ -37,10 +37,10 @@ std::set<void*>& ShellMemory() {
 }
 
 void* Allocate(std::size_t size) {
-  void* block = ::operator new(size);
-  ShellMemory().insert(block);
+  auto block = std::make_unique_for_overwrite<std::byte[]>(size);
+  ShellMemory().insert(block.get());
   ++ObjectCount();
-  return block;
+  return block.release();
 }
 
 void Release(void* block) {
@@ -49,7 +49,7 @@ void Release(void* block) {
     portable::ReportBadHandle("IMalloc::Free");
     return;
   }
-  ::operator delete(block);
+  delete[] static_cast<std::byte*>(block);
   --ObjectCount();
 }
 
