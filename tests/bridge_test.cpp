@@ -133,7 +133,15 @@ TEST_F(Bridge, FailsEveryOperationWithoutLibraries) {
   EXPECT_FALSE(machine_.Exists(machine_.LocalPath("copy")));
 }
 
-#if defined(STAND_IN_LACKING_LIBRARIES)
+#if defined(STAND_IN_NEEDING_LIBRARIES)  // where the loader looks beside a library by itself
+TEST_F(Bridge, FindsWhatALibraryNeedsBesideItInTheWorkFolder) {
+  Install(kApplicationSupport, "CoreFoundation.dll");
+  Install(kDeviceSupport, "iTunesMobileDevice.dll", STAND_IN_NEEDING_LIBRARIES);
+  Install(kDeviceSupport, "MobileDevice.dll", STAND_IN_NEEDING_LIBRARIES);
+  EXPECT_TRUE(MobileDeviceBridge().LibrariesLoaded());
+}
+#endif
+
 TEST_F(Bridge, LeavesTheSlotOfAMissingEntryPointEmpty) {
   Install(kBinFolder, "CoreFoundation.dll");
   Install(kBinFolder, "iTunesMobileDevice.dll", STAND_IN_LACKING_LIBRARIES);
@@ -144,7 +152,6 @@ TEST_F(Bridge, LeavesTheSlotOfAMissingEntryPointEmpty) {
   EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), "/file"), 0);
   bridge.Disconnect();
 }
-#endif
 
 TEST_F(Bridge, ReadsAPhoneThatAScriptDescribes) {
   Install(kBinFolder, "CoreFoundation.dll");

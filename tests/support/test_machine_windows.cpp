@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 #include <vector>
 
 #include "support/test_machine.h"
@@ -83,7 +84,9 @@ void RemoveWithLoadedLibraries(const fs::path& path) {
       while (const HMODULE module = GetModuleHandleW(entry.path().c_str())) FreeLibrary(module);
     }
   }
-  fs::remove_all(path);
+  std::error_code failed;
+  fs::remove_all(path, failed);
+  EXPECT_FALSE(failed) << "cannot remove " << path << ": " << failed.message();
 }
 
 }  // namespace
