@@ -26,7 +26,9 @@ std::string ProblemWith(const fs::path& file) {
   if (fs::is_directory(file, error)) return "is a folder, not a music database";
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
-  if (!stream) return std::error_code(errno, std::generic_category()).message();
+  if (!stream) {
+    return "cannot be opened: " + std::error_code(errno, std::generic_category()).message();
+  }
   std::array<char, 12> header = {};
   stream.read(header.data(), header.size());
   if (!stream || std::memcmp(header.data(), "mhbd", 4) != 0) return "is not a music database";
@@ -65,7 +67,13 @@ void QUAYLINK_CALL AddFile(const char* devicePath, void* context) {
 // A file of the system's temporary folder, removed with this object or by Ctrl-C.
 class TemporaryFile {
  public:
-  TemporaryFile() : path_(CreateTemporaryFile()) {}
+  TemporaryFile() {
+    try {
+      path_ = CreateTemporaryFile();
+    } catch (const fs::filesystem_error& error) {
+      throw Failure("no temporary file can be made: " + error.code().message());
+    }
+  }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
@@ -82,8 +90,7 @@ class TemporaryFile {
 }  // namespace
 
 Library::Library(const Program& program) : program_(program) {
-  if (InitializeIPod() == 0)
-    throw Failure("the library could not start: there is not enough memory");
+  if (InitializeIPod() == 0) throw Failure("there is not enough memory");
 }
 
 Library::~Library() {

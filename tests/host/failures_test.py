@@ -11,7 +11,7 @@ from players import EXPORTED, TRACKS, HostTest, contents_of, database, limit_fil
 class Failures(HostTest):
     def test_files_that_are_no_database_are_named(self):
         whole = database(TRACKS)
-        for name, contents, words in [("missing", None, "No such file or directory"),
+        for name, contents, words in [("missing", None, "cannot be opened: No such file or directory"),
                                       ("text.txt", b"no database at all", "is not a music database"),
                                       ("empty", b"", "is not a music database"),
                                       ("cut", whole[:90], "is damaged, or was not copied whole")]:
@@ -32,6 +32,11 @@ class Failures(HostTest):
         for library in (self.machine.folder / "drives/C").rglob("*.dll"):
             library.unlink()
         self.assertIn("device software must be installed", self.failure("tracks"))
+
+    def test_temporary_folder_that_is_missing(self):
+        self.machine.attach_player()
+        environment = dict(self.environment(), TMPDIR=str(self.folder / "missing"))
+        self.assertIn("no temporary file can be made", self.failure("tracks", env=environment))
 
     def test_device_without_a_database(self):
         self.machine.attach_player()

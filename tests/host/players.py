@@ -2,6 +2,7 @@
 
 import os
 import pathlib
+import re
 import shutil
 import signal
 import struct
@@ -11,6 +12,21 @@ import unittest
 
 PROGRAM = os.environ["QUAYLINK_PROGRAM"]
 PHONE_LIBRARIES = os.environ["QUAYLINK_PHONE_LIBRARIES"]
+MANUAL = pathlib.Path(os.environ["QUAYLINK_MANUAL"])
+
+
+def documented_messages():
+    """A pattern of everything that the manual page's table of messages allows the program to say."""
+    section = MANUAL.read_text(encoding="utf-8").split(".SH MESSAGES")[1].split("\n.SH")[0]
+    patterns = []
+    for message in re.findall(r"^\.TP\n\.B (.*)$", section, re.MULTILINE):
+        pattern = re.escape(message.replace("\\-", "-"))
+        patterns.append(re.sub(r"\b(FILE|FOLDER|NAME|NUMBER|PATTERN|REASON|TRACK)\b", ".+", pattern))
+    little_space = r"( \(only .+ left on the disk of the copy\))?"
+    return re.compile("quaylink: (.+: )?(" + "|".join(patterns) + ")" + little_space)
+
+
+DOCUMENTED = documented_messages()
 
 
 def chunk(tag, header_length, fields, body):
@@ -118,8 +134,9 @@ class HostTest(unittest.TestCase):
         return environment
 
     def start(self, *arguments, **options):
-        return subprocess.Popen([PROGRAM, *map(str, arguments)], env=self.environment(),
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
+        options.setdefault("env", self.environment())
+        return subprocess.Popen([PROGRAM, *map(str, arguments)], stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, **options)
 
     def run_program(self, *arguments, status=0, **options):
         """Runs the program to its end and gives back what it printed on its two streams."""
@@ -127,6 +144,9 @@ class HostTest(unittest.TestCase):
         output, errors = process.communicate(timeout=60)
         output, errors = output.decode(errors="surrogateescape"), errors.decode()
         self.assertEqual(process.returncode, status, output + errors)
+        for line in errors.splitlines():
+            if line.startswith("quaylink: "):
+                self.assertRegex(line, DOCUMENTED.pattern + r"\Z", "the manual page lacks this")
         return output, errors
 
     def failure(self, *arguments, status=1, **options):
