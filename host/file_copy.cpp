@@ -115,7 +115,7 @@ CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
   }
   fs::path part = destination;
   part += ".part";
-  const CopyResult result = CopyTo(job, part, name);
+  CopyResult result = CopyTo(job, part, name);
   if (!result.Good()) return result;
   fs::rename(part, destination, error);
   if (!error) return {};

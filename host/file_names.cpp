@@ -191,7 +191,7 @@ std::vector<std::string> PathsFor(const std::vector<Track>& tracks, const NamePa
     std::vector<std::string> components = pattern.ComponentsFor(track);
     ShortenLongest(components, kLongestPath);
     std::string stem = components[0];
-    for (std::size_t i = 1; i < components.size(); ++i) stem += '/' + components[i];
+    for (std::size_t i = 1; i < components.size(); ++i) stem.append("/").append(components[i]);
     const std::string extension = ExtensionOf(track);
     std::string path = stem + extension;
     unsigned& number = nextNumbers.try_emplace(FoldCase(path), 2).first->second;
