@@ -22,8 +22,6 @@ int Run(std::vector<std::string> arguments) {
   app.allow_windows_style_options(false);
   app.require_subcommand(1);
   app.fallthrough();
-  // A phone's paths begin with "/" on Windows too.
-  app.allow_windows_style_options(false);
   app.footer(
       "Examples:\n"
       "  quaylink status              is a player attached?\n"
