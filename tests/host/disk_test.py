@@ -6,14 +6,12 @@ import json
 import os
 import pty
 import select
-import shutil
 import signal
 import subprocess
 import time
 import unittest
 
-from players import (EXPORTED, TRACKS, BlockedTrack, HostTest, contents_of, database,
-                     limit_file_size)
+from players import EXPORTED, TRACKS, BlockedTrack, HostTest, contents_of, database
 
 
 class Tracks(HostTest):

@@ -5,7 +5,7 @@ import re
 import subprocess
 import unittest
 
-from players import EXPORTED, TRACKS, HostTest, contents_of, database, limit_file_size
+from players import EXPORTED, TRACKS, HostTest, contents_of, database
 
 
 class Failures(HostTest):

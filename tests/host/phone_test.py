@@ -3,7 +3,7 @@
 import json
 import unittest
 
-from players import EXPORTED, TRACKS, HostTest, contents_of, limit_file_size
+from players import HostTest, contents_of, limit_file_size
 
 
 class Phone(HostTest):
@@ -52,16 +52,16 @@ class Phone(HostTest):
         self.assertIn("5 already there", self.run_program("export", self.out)[0])
 
     def test_failed_copy_is_told_and_the_rest_goes_on(self):
-        (empty := self.machine).attach_phone(script=["fail AFCFileRefRead 3"])
-        (empty.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(b"")
+        self.machine.attach_phone(script=["fail AFCFileRefRead 3"])
+        (self.machine.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(b"")
         output, errors = self.run_program("export", self.out, status=1)
         self.assertIn("3 copied", output)
         self.assertIn("2 failed", output)
         self.assertEqual(errors.count("could not be read"), 2)
         self.assertEqual(len(self.exported_files()), 3)
         self.assertFalse([name for name in self.exported_files() if name.endswith(".part")])
-        (empty.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(contents_of(3))
-        empty.script.write_text("folder phone\n")
+        (self.machine.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(contents_of(3))
+        self.machine.script.write_text("folder phone\n")
         self.run_program("export", self.out)
         self.check_export()
 
