@@ -1,0 +1,180 @@
+// What a broken or wicked database, and want of memory, cost the host: nothing that lasts.
+
+#include <gtest/gtest.h>
+
+#include "interface/device_manager.h"
+#include "itunesdb/database.h"
+#include "quaylink/quaylink.h"
+#include "samples/sample_database.h"
+#include "support/allocations.h"
+#include "support/hostile_files.h"
+#include "support/same_tree.h"
+#include "support/test_machine.h"
+
+namespace quaylink::test {
+namespace {
+
+const std::string kPath = "C:\\iTunesDB";
+
+TEST(HostileFileTest, CostsLessThan24TimesItsSizeAnd1MiB) {
+  // Sanitizers change what an arena allocates: there it is enough that nothing is wrong.
+  constexpr bool kCountable = std::string_view(QUAYLINK_SANITIZE).empty();
+  TestMachine machine;
+  double worst = 0;
+  for (const HostileFile& file : HostileFiles(kCountable ? 2 << 20 : 64 << 10)) {
+    machine.WriteFile(kPath, file.bytes);
+    DeviceManager manager;
+    const Allocations before = AllocationsSoFar();
+    manager.Parse(kPath.c_str());
+    const std::uint64_t bytes = AllocationsSoFar().bytes - before.bytes;
+    if (kCountable) {
+      EXPECT_LT(bytes, 24 * file.bytes.size() + (1 << 20)) << file.name;
+    }
+    worst = std::max(worst, static_cast<double>(bytes) / static_cast<double>(file.bytes.size()));
+  }
+  RecordProperty("worstRatio", std::to_string(worst));
+}
+
+TEST(HostileFileTest, ReadsTheSameThroughAFileAndFromMemoryAndIsWrittenAsASoundOne) {
+  TestMachine machine;
+  for (const HostileFile& file : HostileFiles(100 << 10)) {
+    SCOPED_TRACE(file.name);
+    machine.WriteFile(kPath, file.bytes);
+    DeviceManager manager;
+    DatabaseChunk database;
+    EXPECT_EQ(manager.Parse(kPath.c_str()), ReadBytes(database, file.bytes).result >= 0);
+    EXPECT_EQ(database.dataSets.size(), theDatabase.dataSets.size());
+    const bool soundTypes = std::ranges::all_of(database.dataSets, [](const auto& dataSet) {
+      return dataSet->dataSetType >= 1 && dataSet->dataSetType <= 6;
+    });
+    if (!soundTypes || database.dataSets.size() < database.dataSetCount) continue;
+    const std::string written = WrittenBytes(database);
+    DatabaseChunk again;
+    EXPECT_EQ(ReadBytes(again, written).result, static_cast<std::int32_t>(written.size()));
+    EXPECT_TRUE(SameTree(database, again));
+    EXPECT_EQ(WrittenBytes(again), written);
+  }
+}
+
+// Headers as they grew over the years: of the database, its tracks and its playlists.
+TEST(OlderPlayersTest, DatabasesKeepTheirTracksAndTextsThroughReadingAndWriting) {
+  const struct {
+    std::uint32_t database;
+    std::uint32_t track;
+    std::uint32_t playlist;
+  } players[] = {
+      {104, 156, 108}, {104, 160, 108}, {104, 244, 112}, {188, 328, 108}, {188, 388, 112}};
+  TestMachine machine;
+  for (const auto& player : players) {
+    SCOPED_TRACE(player.track);
+    std::string tracks;
+    for (const std::uint32_t id : {3u, 1u, 2u}) {
+      tracks += Track(id, 3,
+                      TextObject(1, u"Titel " + std::u16string(id, u'\u00FC')) +
+                          TextObject(2, u":iPod_Control:Music:F00:" + std::u16string(id, u'A')) +
+                          TextObject(4, u"Künstler"),
+                      player.track);
+    }
+    const std::string item = ChunkBytes("mhip", 76, U32(0), "");
+    const std::string playlist =
+        ChunkBytes("mhyp", player.playlist, U32(1) + U32(2) + U32(1) + U32(9) + U64(0x1234),
+                   TextObject(1, u"Meine Musik") + item + item);
+    const std::string bytes = Database(
+        2, DataSet(1, ListBytes("mhlt", 3, tracks)) + DataSet(2, ListBytes("mhlp", 1, playlist)),
+        player.database);
+    machine.WriteFile(kPath, bytes);
+
+    DeviceManager manager;
+    ASSERT_TRUE(manager.Parse(kPath.c_str()));
+    ASSERT_EQ(manager.trackRecords.size(), 3u);
+    for (std::size_t i = 0; i < 3; ++i) {
+      std::string title = "Titel ";
+      for (std::size_t k = 0; k <= i; ++k) title += "ü";
+      EXPECT_EQ(manager.trackRecords[i].title, title);
+      EXPECT_EQ(manager.trackRecords[i].location,
+                "/iPod_Control/Music/F00/" + std::string(i + 1, 'A'));
+      EXPECT_STREQ(manager.trackRecords[i].artist, "Künstler");
+    }
+    DatabaseChunk database;
+    ReadBytes(database, bytes);
+    const std::string written = WrittenBytes(database);
+    const PlaylistChunk& held = *database.dataSets[1]->playlistList.playlists[0];
+    EXPECT_EQ(held.playlistId, 0x1234u);
+    EXPECT_EQ(held.items.size(), 2u);
+    DatabaseChunk again;
+    EXPECT_EQ(ReadBytes(again, written).result, static_cast<std::int32_t>(written.size()));
+    EXPECT_TRUE(SameTree(database, again));
+  }
+}
+
+// A player on E: with one track's file, and the current manager with that track's record.
+class OutOfMemoryTest : public testing::Test {
+ protected:
+  OutOfMemoryTest() {
+    machine.AttachDevice(0x1261);
+    machine.AddDrive('E');
+    machine.AddFolder("E:\\iPod_Control\\Music");
+    machine.WriteFile("E:\\earlier", "the sound of the earlier track");
+    const std::string track = Track(1, 1, TextObject(2, u":earlier"));
+    machine.WriteFile("E:\\iPod_Control\\iTunes\\iTunesDB", TrackDatabase(1, track));
+    samples::Library library = samples::MakeLargeLibrary(kTracks);
+    library.tracks[0].texts[0].text.append(5000, u'x');
+    const auto bytes = samples::WriteDatabase(library);
+    machine.WriteFile(kPath, std::string(bytes.begin(), bytes.end()));
+    InitializeIPod();
+    EXPECT_EQ(IsIPodConnected(), 1);
+    EXPECT_EQ(CopyITunesDB("C:\\earlierDB"), 1);
+    EXPECT_EQ(ParseITunesDB("C:\\earlierDB", 0, nullptr), 1);
+  }
+  ~OutOfMemoryTest() override { TerminateIPod(); }
+
+  // Calls the operation once for each allocation that it makes, with that one failing.
+  template <class Operation, class Check>
+  void FailEachAllocation(Operation operation, Check check) {
+    std::uint64_t number = 0;
+    for (bool failed = true; failed; ++number) {
+      const FailingAllocation failing(number);
+      const std::int32_t result = operation();
+      failed = failing.HasFailed();
+      check(result, failed);
+      ASSERT_FALSE(HasFailure()) << "allocation " << number;
+    }
+    EXPECT_GT(number, 1u);
+  }
+
+  static constexpr std::int32_t kTracks = 3;
+  TestMachine machine;
+};
+
+TEST_F(OutOfMemoryTest, AParseFailsAndLeavesTheEarlierRecordsAndNothingElse) {
+  const auto expectEarlierRecord = [this] {
+    EXPECT_EQ(CopyFileFromIPod(0, "C:\\copy"), 1);
+    EXPECT_EQ(machine.ReadFile("C:\\copy"), "the sound of the earlier track");
+  };
+  FailEachAllocation([] { return ParseITunesDB(kPath.c_str(), 0, nullptr); },
+                     [&](std::int32_t result, bool failed) {
+                       EXPECT_EQ(result, failed ? 0 : kTracks);
+                       if (failed) expectEarlierRecord();
+                     });
+}
+
+TEST_F(OutOfMemoryTest, AFailedParseLeaksNothing) {
+  TerminateIPod();
+  const std::int64_t live = AllocationsSoFar().live;
+  InitializeIPod();
+  FailEachAllocation([] { return ParseITunesDB(kPath.c_str(), 0, nullptr); },
+                     [](std::int32_t, bool) {});
+  TerminateIPod();
+  EXPECT_EQ(AllocationsSoFar().live, live);
+}
+
+TEST_F(OutOfMemoryTest, NoExportLetsAnExceptionOut) {
+  const auto anyResult = [](std::int32_t, bool) {};
+  FailEachAllocation([] { return IsIPodConnected(); }, anyResult);
+  FailEachAllocation([] { return ConnectIPod(); }, anyResult);
+  FailEachAllocation([] { return CopyITunesDB("C:\\copy"); }, anyResult);
+  FailEachAllocation([] { return InitializeIPod() != 0 ? 1 : 0; }, anyResult);
+}
+
+}  // namespace
+}  // namespace quaylink::test
