@@ -60,6 +60,15 @@ void MakePhone(const fs::path& machine, const fs::path& libraries) {
   WriteText(machine / "phone.txt", "folder phone\nidentifier 5f2e1d0c9b8a7f6e5d4c3b2a\n");
 }
 
+// Small databases that between them hold every kind of chunk and of data object, for programs that
+// change them at random.
+void MakeSeeds(const fs::path& folder) {
+  WriteFile(folder / "sample", WriteDatabase(SampleLibrary(SampleMusic("iPod_Control"))));
+  WriteFile(folder / "empty", WriteDatabase({}));
+  WriteFile(folder / "made-up", WriteDatabase(MakeLargeLibrary(3)));
+  WriteFile(folder / "every-kind", WriteDatabaseOfEveryKind());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -77,11 +86,14 @@ int main(int argc, char** argv) {
   CLI::App* phone = app.add_subcommand("phone", "Make a machine with a phone attached");
   phone->add_option("FOLDER", destination, "The machine's folder")->required();
   phone->add_option("LIBRARIES", libraries, "The folder of the two stand-in libraries")->required();
+  CLI::App* seeds = app.add_subcommand("seeds", "Write a folder of small databases for fuzzers");
+  seeds->add_option("FOLDER", destination, "The folder to write")->required();
   CLI11_PARSE(app, argc, argv);
 
   try {
     if (*player) MakePlayer(destination);
     if (*phone) MakePhone(destination, libraries);
+    if (*seeds) MakeSeeds(destination);
     if (*database) {
       const Library library = trackCount > 0 ? MakeLargeLibrary(trackCount)
                                              : SampleLibrary(SampleMusic("iPod_Control"));

@@ -56,6 +56,13 @@ void AddPlaylist(const Playlist& playlist, Arena& arena, PlaylistListChunk& list
   }
 }
 
+std::vector<std::uint8_t> BytesOf(DatabaseChunk& database) {
+  Stream stream;
+  database.Write(stream);
+  const auto bytes = stream.Written();
+  return {bytes.begin(), bytes.end()};
+}
+
 std::u16string Numbered(std::u16string_view text, std::uint32_t number) {
   std::u16string result(text);
   for (const char digit : std::to_string(number)) result += static_cast<char16_t>(digit);
@@ -81,10 +88,29 @@ void BuildDatabase(const Library& library, DatabaseChunk& database) {
 std::vector<std::uint8_t> WriteDatabase(const Library& library) {
   DatabaseChunk database;
   BuildDatabase(library, database);
-  Stream stream;
-  database.Write(stream);
-  const auto bytes = stream.Written();
-  return {bytes.begin(), bytes.end()};
+  return BytesOf(database);
+}
+
+std::vector<std::uint8_t> WriteDatabaseOfEveryKind() {
+  Library library;
+  library.tracks.push_back({7, {{kTitleObject, u"Title"}, {kLocationObject, u":Music:7.mp3"}}});
+  library.albums.push_back({u"Album", u"Artist"});
+  library.playlists.push_back({u"Playlist", false, {7}});
+  DatabaseChunk database;
+  BuildDatabase(library, database);
+  TrackItemChunk& track = *database.TrackDataSet()->trackList.tracks.begin()->item;
+  constexpr std::array<std::uint8_t, 5> kBody = {1, 2, 3, 4, 5};
+  Arena& arena = database.TreeMemory();
+  for (const std::uint32_t type : {15u, kIndexListObject, kJumpTableObject, 100u}) {
+    DataObjectChunk& object =
+        track.dataObjects.Append(arena, MakeOwned<DataObjectChunk>(arena, arena));
+    object.objectType = type;
+    object.bodyLength = kBody.size();
+    object.byteText = ArenaArray<char>::CopyOf(arena, {"five!", kBody.size()});
+    object.rawBody = ArenaArray<std::uint8_t>::CopyOf(arena, kBody);
+    object.entryCount = 2;
+  }
+  return BytesOf(database);
 }
 
 Library MakeLargeLibrary(std::uint32_t trackCount) {

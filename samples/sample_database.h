@@ -43,6 +43,10 @@ void BuildDatabase(const Library& library, DatabaseChunk& database);
 // The bytes of that database. Throws std::bad_alloc.
 std::vector<std::uint8_t> WriteDatabase(const Library& library);
 
+// The bytes of a database of one track, one album and one playlist that between them have data
+// objects of every body.
+std::vector<std::uint8_t> WriteDatabaseOfEveryKind();
+
 // A library of made-up tracks with eight texts each, one album for ten tracks, and two playlists of
 // all tracks.
 Library MakeLargeLibrary(std::uint32_t trackCount);
