@@ -12,6 +12,7 @@
 
 #include "mobile/device_notification.h"
 #include "mobile/mobile_device_bridge.h"
+#include "platform/portable/machine.h"
 #include "require.h"
 #include "stand_in_phone/entry_points.h"
 
@@ -148,6 +149,7 @@ void UsePhone(FuzzedDataProvider& input) {
   stand_in::StandInPhone phone(std::move(setUp));
   stand_in::SetCurrentPhone(&phone);
 
+  portable::CurrentMachine().update = nullptr;  // no look at the computer's own devices
   MobileDeviceBridge bridge;
   bridge.coreFoundationModule = reinterpret_cast<HMODULE>(&bridge);
   bridge.mobileDeviceModule = reinterpret_cast<HMODULE>(&bridge);
