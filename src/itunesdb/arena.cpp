@@ -62,8 +62,9 @@ void Arena::Rewind() {
 
 void Arena::Trim() {
   blocks_.resize(blocksInUse_);
-  blocks_.shrink_to_fit();
-  large_.shrink_to_fit();
+  // Not shrink_to_fit, which needs memory to give memory back.
+  if (blocks_.empty()) blocks_ = std::vector<Bytes>();
+  if (large_.empty()) large_ = std::vector<Bytes>();
 }
 
 }  // namespace quaylink
