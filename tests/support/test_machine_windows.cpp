@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 #include <system_error>
 #include <vector>
 
@@ -89,10 +90,18 @@ void RemoveWithLoadedLibraries(const fs::path& path) {
   EXPECT_FALSE(failed) << "cannot remove " << path << ": " << failed.message();
 }
 
+std::set<fs::path> NamesOnC() {
+  std::set<fs::path> names;
+  for (const auto& entry : fs::directory_iterator("C:\\")) names.insert(entry.path());
+  return names;
+}
+
 }  // namespace
 
-// What the test has made and nobody else removes: the outermost ones of each.
+// What the test has made and nobody else removes: the outermost ones of each. What it let the
+// library make on C: shows by not having been there before.
 struct TestMachine::State {
+  std::set<fs::path> wasOnC = NamesOnC();
   std::vector<std::string> filesAndFolders;
   std::vector<std::string> registryKeys;
 };
@@ -113,6 +122,9 @@ TestMachine::~TestMachine() {
     fs::remove_all(drive);
   }
   for (const std::string& made : state_->filesAndFolders) RemoveWithLoadedLibraries(made);
+  for (const fs::path& path : NamesOnC()) {
+    if (!state_->wasOnC.contains(path)) RemoveWithLoadedLibraries(path);
+  }
   for (const std::string& key : state_->registryKeys)
     DeleteKeyTree(HKEY_LOCAL_MACHINE, key.c_str());
 }
