@@ -215,6 +215,8 @@ class Export(HostTest):
         self.assertIn("3 copied", self.run_program("export", self.out)[0])
         self.check_export()
 
+    @unittest.skipIf("thread" in os.environ.get("QUAYLINK_SANITIZE", ""),
+                     "the thread sanitizer holds signals back while a copy is blocked")
     def test_second_interrupt_ends_at_once_without_a_part(self):
         blocked = BlockedTrack(self.music("F00/BBBB.mp3"))
         process = self.start("export", self.out)
