@@ -8,11 +8,31 @@
 #include <string>
 #include <vector>
 
-#include "host/file_names.h"
 #include "host/library.h"
 #include "host/program.h"
+#include "host/track.h"
 
 namespace quaylink::host {
+
+// What became of a track. kPending is what a run that ended early leaves.
+enum class Fate { kPending, kCopied, kSkipped, kFailed };
+
+struct ExportItem {
+  Track track;
+  std::string path;  // below the folder, "/" between its parts
+  Fate fate = Fate::kPending;
+  std::string problem;
+};
+
+struct ExportReport {
+  bool planned = false;  // nothing was to be copied
+  std::filesystem::path folder;
+  std::vector<ExportItem> items;
+  std::uintmax_t copiedBytes = 0;
+
+  std::filesystem::path FileOf(const ExportItem& item) const;
+  std::size_t Count(Fate fate) const;
+};
 
 class Exporter {
  public:
@@ -26,31 +46,16 @@ class Exporter {
   int Run();
 
  private:
-  // kPending is what a run that ended early leaves.
-  enum class Fate { kPending, kCopied, kSkipped, kFailed };
-
-  struct Item {
-    Track track;
-    std::string path;  // relative, "/" between folders
-    Fate fate = Fate::kPending;
-    std::string problem;
-  };
-
-  std::filesystem::path FileOf(const Item& item) const;
-  bool IsFinished(const Item& item) const;
+  bool IsFinished(const ExportItem& item) const;
   // False when going on is of no use.
-  bool Copy(Item& item);
-  void Tell(const Item& item, bool barShown) const;
-  void Summarise(bool planned) const;
-  std::string Json(bool planned) const;
-  std::size_t Count(Fate fate) const;
+  bool Copy(ExportItem& item);
+  void Tell(const ExportItem& item, bool barShown) const;
+  void Summarise() const;
 
   const Program& program_;
   const Library& library_;
-  std::filesystem::path folder_;
   bool json_;
-  std::vector<Item> items_;
-  std::uintmax_t copiedBytes_ = 0;
+  ExportReport report_;
 };
 
 }  // namespace quaylink::host

@@ -1,8 +1,6 @@
 // What all commands share: how much is said, how things end, and how the program speaks.
 #pragma once
 
-#include <CLI/CLI.hpp>
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -29,7 +27,6 @@ class Failure : public std::runtime_error {
 struct Program {
   bool quiet = false;
   bool verbose = false;
-  std::function<int()> command;  // the one that the arguments ask for
 
   // Writes to the standard output; fails when it cannot take the text.
   void Print(std::string_view text) const;
@@ -38,14 +35,5 @@ struct Program {
   // Something good to know, on the standard error stream; not for a quiet program.
   void Note(std::string_view message) const;
 };
-
-// Each adds one command, its options and its help to the program.
-void AddStatusCommand(CLI::App& app, Program& program);
-void AddTracksCommand(CLI::App& app, Program& program);
-void AddExportCommand(CLI::App& app, Program& program);
-void AddCopyTrackCommand(CLI::App& app, Program& program);
-void AddCopyDatabaseCommand(CLI::App& app, Program& program);
-void AddFilesCommand(CLI::App& app, Program& program);
-void AddPullCommand(CLI::App& app, Program& program);
 
 }  // namespace quaylink::host

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <nlohmann/json.hpp>
 #include <numeric>
 
 #include "host/text_width.h"
@@ -83,18 +82,6 @@ std::string TrackCsv(const std::vector<Track>& tracks) {
     csv += '\n';
   }
   return csv;
-}
-
-std::string TrackJson(const std::vector<Track>& tracks) {
-  nlohmann::ordered_json list = nlohmann::ordered_json::array();
-  for (const Track& track : tracks) {
-    list.push_back({{"index", track.index},
-                    {"location", track.location},
-                    {"artist", track.artist},
-                    {"title", track.title},
-                    {"album", track.album}});
-  }
-  return list.dump(2) + '\n';
 }
 
 }  // namespace quaylink::host

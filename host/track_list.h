@@ -1,4 +1,4 @@
-// Track lists as texts: a table for people, CSV and JSON for programs.
+// Track lists as texts: a table for people, comma-separated values for other programs.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,5 @@ std::string TrackTable(const std::vector<Track>& tracks, std::size_t width);
 
 // Comma-separated values with a line of names, quoted where a value needs it.
 std::string TrackCsv(const std::vector<Track>& tracks);
-
-std::string TrackJson(const std::vector<Track>& tracks);
 
 }  // namespace quaylink::host

@@ -1,0 +1,20 @@
+// The program's arguments: every command, option and help text stands here.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/program.h"
+
+namespace quaylink::host {
+
+// Gives the program's exit status, or throws a Failure.
+using Command = std::function<int(const Program&)>;
+
+// The command that the arguments ask for, its options taken in; what they say for every command
+// goes into `program`. Where they only ask for help, or are wrong, that has been printed already,
+// and the command does nothing but give the status.
+Command ReadCommandLine(std::vector<std::string> arguments, Program& program);
+
+}  // namespace quaylink::host
