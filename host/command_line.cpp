@@ -27,7 +27,7 @@ std::pair<CLI::App&, Options&> Add(CLI::App& app, Command& chosen, const char* n
 void AddDestination(CLI::App& command, CopyOptions& options) {
   command
       .add_option("DEST", options.destination,
-                  "The file to write, or a folder to put the copy into")
+                  "The file to write (or replace), or a folder to put a new file into")
       ->required()
       ->type_name("PATH");
 }
@@ -157,8 +157,9 @@ void AddPullCommand(CLI::App& app, Command& chosen) {
   command.footer(
       "Examples:\n"
       "  quaylink pull /DCIM/100APPLE/IMG_0001.JPG ~/Pictures\n"
-      "  quaylink files | grep -i jpg | while read -r f; do quaylink pull \"$f\" ~/Pictures; "
-      "done");
+      "  mkdir -p ~/Pictures/phone\n"
+      "  quaylink files | grep -i jpg |\n"
+      "    while IFS= read -r f; do quaylink pull \"$f\" ~/Pictures/phone; done");
 }
 
 }  // namespace

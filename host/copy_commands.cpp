@@ -1,4 +1,6 @@
 // The commands that copy one file: copy-track, copy-database and pull.
+#include <system_error>
+
 #include "host/commands.h"
 #include "host/file_copy.h"
 #include "host/library.h"
@@ -8,10 +10,24 @@
 namespace quaylink::host {
 namespace {
 
-// Copies to the destination, or into it under the given name when it is a folder.
+namespace fs = std::filesystem;
+
+// The destination itself, or, when it is a folder, a new file in it. Only a file that the user has
+// named is replaced.
+fs::path TargetOf(const std::string& destination, const std::string& nameInFolder) {
+  const fs::path path = PathOf(destination);
+  std::error_code error;
+  if (!fs::is_directory(path, error)) return path;
+  const fs::path file = path / PathOf(nameInFolder);
+  if (fs::is_regular_file(file, error)) {
+    throw Failure(Shown(file) + ": is there already; name the file itself to replace it");
+  }
+  return file;
+}
+
 int CopyOne(const Program& program, const CopyJob& job, const std::string& destination,
-            const std::string& name) {
-  const auto target = DestinationOf(PathOf(destination), name);
+            const std::string& nameInFolder) {
+  const fs::path target = TargetOf(destination, nameInFolder);
   const CopyResult result = CopyBeside(job, target);
   if (!result.Good()) throw Failure(result.problem);
   if (!program.quiet) program.Print("copied  " + Shown(target) + '\n');
@@ -50,7 +66,7 @@ int Pull(const Program& program, const CopyOptions& options) {
   CopyJob job = library.FileJob(options.devicePath);
   job.readProblem = MakePrintable(options.devicePath) + ": " + job.readProblem;
   const std::size_t name = options.devicePath.find_last_of("/\\") + 1;
-  return CopyOne(program, job, options.destination, SafeName(options.devicePath.substr(name)));
+  return CopyOne(program, job, options.destination, SafeFileName(options.devicePath.substr(name)));
 }
 
 }  // namespace quaylink::host

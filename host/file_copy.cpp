@@ -114,7 +114,7 @@ CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
     return {name + ": is there already, and is no ordinary file", false};
   }
   fs::path part = destination;
-  part += ".part";
+  part += kPartSuffix;
   CopyResult result = CopyTo(job, part, name);
   if (!result.Good()) return result;
   fs::rename(part, destination, error);
@@ -122,11 +122,6 @@ CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
   std::error_code ignored;
   fs::remove(part, ignored);
   return LocalProblem(name, error);
-}
-
-fs::path DestinationOf(const fs::path& destination, const std::string& nameInFolder) {
-  std::error_code error;
-  return fs::is_directory(destination, error) ? destination / PathOf(nameInFolder) : destination;
 }
 
 std::string ShownSize(std::uintmax_t bytes) {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace quaylink::host {
 
@@ -26,13 +27,12 @@ struct CopyResult {
 // Copies to a file, which is removed again when the copy is not good.
 CopyResult CopyChecked(const CopyJob& job, const std::filesystem::path& file);
 
-// The same by way of a file of the same name with ".part" behind it, so that whatever stood at the
-// destination is replaced by a whole copy or not at all.
-CopyResult CopyBeside(const CopyJob& job, const std::filesystem::path& destination);
+// Ends the name of a copy under way.
+inline constexpr std::string_view kPartSuffix = ".quaylink-part";
 
-// Where a copy goes: into the destination when that is a folder, else to that very path.
-std::filesystem::path DestinationOf(const std::filesystem::path& destination,
-                                    const std::string& nameInFolder);
+// The same by way of a file of the same name with kPartSuffix behind it, so that whatever stood at
+// the destination is replaced by a whole copy or not at all.
+CopyResult CopyBeside(const CopyJob& job, const std::filesystem::path& destination);
 
 // A size for people: "3.4 MB".
 std::string ShownSize(std::uintmax_t bytes);

@@ -8,16 +8,17 @@
 #include <set>
 #include <stdexcept>
 
+#include "host/file_copy.h"
 #include "host/utf8.h"
 
 namespace quaylink::host {
 namespace {
 
-// In UTF-16 units. A name of this length, with a number, an extension and ".part" behind it, stays
-// below the 255 bytes that Linux file systems allow; a whole relative path leaves a destination
-// folder 80 of the 260 units that a Windows path may have.
-constexpr std::size_t kLongestName = 72;
-constexpr std::size_t kLongestPath = 170;
+// In UTF-16 units. A name of this length, with a number, an extension and kPartSuffix behind it,
+// stays below the 255 bytes that Linux file systems allow; a whole relative path leaves a
+// destination folder about 75 of the 260 units that a Windows path may have.
+constexpr std::size_t kLongestName = 69;
+constexpr std::size_t kLongestPath = 160;
 constexpr std::size_t kLongestExtension = 8;
 
 std::size_t UnitsOf(std::u32string_view text) {
@@ -69,7 +70,8 @@ void ShortenLongest(std::vector<std::string>& components, std::size_t units) {
   while (sum() > units) {
     auto longest = std::max_element(components.begin(), components.end(), longer);
     if (UnitsOf(*longest) <= 1) return;
-    *longest = Shortened(*longest, UnitsOf(*longest) - 1);
+    // What is left of a safe name need not be safe.
+    *longest = SafeName(Shortened(*longest, UnitsOf(*longest) - 1));
   }
 }
 
@@ -78,21 +80,20 @@ std::string_view FileNameOf(std::string_view location) {
   return location.substr(location.find_last_of("/\\:") + 1);
 }
 
-std::string ExtensionOf(const Track& track) {
-  const std::string_view name = FileNameOf(track.location);
+// With the dot, and safe.
+std::string ExtensionOf(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos || dot == 0 || dot + 1 == name.size()) return {};
   return '.' + Shortened(SafeName(name.substr(dot + 1)), kLongestExtension);
 }
 
-std::string StemOf(const Track& track) {
-  const std::string_view name = FileNameOf(track.location);
+std::string StemOf(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   return std::string(dot == 0 ? name : name.substr(0, dot));
 }
 
-const std::string& Or(const std::string& text, const std::string& other) {
-  return text.find_first_not_of(' ') == std::string::npos ? other : text;
+const std::string& FirstWithText(const std::string& text, const std::string& substitute) {
+  return text.find_first_not_of(' ') == std::string::npos ? substitute : text;
 }
 
 }  // namespace
@@ -106,7 +107,16 @@ std::string SafeName(std::string_view text) {
   std::string name = Shortened(Encode(characters), kLongestName);
   // A dot in front hides a file.
   if (name[0] == '.') name[0] = '_';
+  if (FoldCase(name).ends_with(kPartSuffix)) name[name.size() - kPartSuffix.size()] = '_';
   return IsDeviceName(name) ? '_' + name : name;
+}
+
+std::string SafeFileName(std::string_view name) {
+  const std::string stem = StemOf(name);
+  // A dot far from the end belongs to a sentence.
+  const bool extended = UnitsOf(name) - UnitsOf(stem) <= kLongestExtension + 1;
+  if (UnitsOf(name) <= kLongestName || !extended) return SafeName(name);
+  return SafeName(stem) + ExtensionOf(name);
 }
 
 NamePattern::NamePattern(std::string_view text) {
@@ -156,18 +166,19 @@ NamePattern::Piece NamePattern::PropertyCalled(std::string_view name) {
 }
 
 std::vector<std::string> NamePattern::ComponentsFor(const Track& track) const {
+  const std::string stem = StemOf(FileNameOf(track.location));
   const auto valueOf = [&](const Piece& piece) -> std::string {
     switch (piece.kind) {
       case Piece::Kind::kArtist:
-        return Or(track.artist, "Unknown Artist");
+        return FirstWithText(track.artist, "Unknown Artist");
       case Piece::Kind::kAlbum:
-        return Or(track.album, "Unknown Album");
+        return FirstWithText(track.album, "Unknown Album");
       case Piece::Kind::kTitle:
-        return Or(track.title, Or(StemOf(track), "Untitled"));
+        return FirstWithText(track.title, FirstWithText(stem, "Untitled"));
       case Piece::Kind::kIndex:
         return std::to_string(track.index);
       case Piece::Kind::kFile:
-        return Or(StemOf(track), "Untitled");
+        return FirstWithText(stem, "Untitled");
       case Piece::Kind::kLiteral:
         break;
     }
@@ -192,7 +203,7 @@ std::vector<std::string> PathsFor(const std::vector<Track>& tracks, const NamePa
     ShortenLongest(components, kLongestPath);
     std::string stem = components[0];
     for (std::size_t i = 1; i < components.size(); ++i) stem.append("/").append(components[i]);
-    const std::string extension = ExtensionOf(track);
+    const std::string extension = ExtensionOf(FileNameOf(track.location));
     std::string path = stem + extension;
     unsigned& number = nextNumbers.try_emplace(FoldCase(path), 2).first->second;
     // A number may make a path that a track's own title has made before.

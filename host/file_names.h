@@ -11,8 +11,11 @@
 namespace quaylink::host {
 
 // One component of a path: reserved characters and names replaced, dots and spaces at the ends
-// dropped, never empty.
+// dropped, never empty, never ending as the name of an unfinished copy does (kPartSuffix).
 std::string SafeName(std::string_view text);
+
+// The same for a file's own name, whose extension stays when the name is cut.
+std::string SafeFileName(std::string_view name);
 
 // A way of naming tracks such as "{artist}/{album}/{title}": "/" (or "\") parts folders, a word in
 // braces stands for a property of the track.

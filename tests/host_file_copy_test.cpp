@@ -90,24 +90,6 @@ TEST_F(HostFileCopy, ReadOnlyMarkOfTheSourceDoesNotStay) {
   EXPECT_NE(fs::status(file_).permissions() & fs::perms::owner_write, fs::perms::none);
 }
 
-TEST_F(HostFileCopy, UnwritableDestinationIsToldWithoutAskingTheDevice) {
-  CopyJob job = JobOf("song", true);
-  job.copy = [](const char*) {
-    ADD_FAILURE() << "the device was asked";
-    return true;
-  };
-  const fs::path missing = folder_ / "missing" / "song.mp3";
-  const CopyResult result = CopyBeside(job, missing);
-  EXPECT_NE(result.problem.find("missing"), std::string::npos) << result.problem;
-  EXPECT_EQ(result.problem.find(".part"), std::string::npos) << result.problem;
-  EXPECT_FALSE(CopyBeside(job, folder_).Good());
-}
-
-TEST_F(HostFileCopy, FolderAsDestinationTakesTheCopyUnderItsOwnName) {
-  EXPECT_EQ(DestinationOf(folder_, "a.mp3"), folder_ / "a.mp3");
-  EXPECT_EQ(DestinationOf(file_, "a.mp3"), file_);
-}
-
 TEST_F(HostFileCopy, SizesAreShownForPeople) {
   EXPECT_EQ(ShownSize(999), "999 bytes");
   EXPECT_EQ(ShownSize(1000), "1.0 kB");
