@@ -39,7 +39,7 @@ int CopyOne(const Program& program, const CopyJob& job, const std::string& desti
 int CopyTrack(const Program& program, const CopyOptions& options) {
   Library library(program);
   library.RequireDevice();
-  const std::vector<Track> tracks = library.ReadDeviceDatabase();
+  const std::vector<Track> tracks = library.ReadDeviceDatabase().tracks;
   if (options.index >= tracks.size()) {
     const std::string range = tracks.empty()
                                   ? "it has no tracks"

@@ -17,14 +17,16 @@ int Export(const Program& program, const ExportOptions& options) {
   }();
   Library library(program);
   library.RequireDevice();
-  const std::vector<Track> tracks = library.ReadDeviceDatabase();
+  const Database database = library.ReadDeviceDatabase();
+  if (!database.problem.empty()) program.Complain(database.problem);
   // Paths come from all tracks, so that a filter does not change the name of any.
-  const std::vector<std::string> paths = PathsFor(tracks, pattern);
+  const std::vector<std::string> paths = PathsFor(database.tracks, pattern);
   Exporter exporter(program, library, PathOf(options.destination), options.json);
-  for (const Track& track : tracks) {
+  for (const Track& track : database.tracks) {
     if (Matches(options.filter, track)) exporter.Add(track, paths[track.index]);
   }
-  return options.dryRun ? exporter.ShowPlan() : exporter.Run();
+  const int status = options.dryRun ? exporter.ShowPlan() : exporter.Run();
+  return status == kSuccess && !database.problem.empty() ? kFailure : status;
 }
 
 }  // namespace quaylink::host

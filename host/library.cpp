@@ -20,8 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What is wrong with a database that gave no tracks; empty when it is whole and simply has none.
-std::string ProblemWith(const fs::path& file) {
+// What is wrong with a database; empty when it seems whole. One that gave no tracks is looked at
+// more strictly, because it may have none, or be something else.
+std::string ProblemWith(const fs::path& file, bool hasTracks) {
   std::error_code error;
   if (fs::is_directory(file, error)) return "is a folder, not a music database";
   errno = 0;
@@ -33,9 +34,13 @@ std::string ProblemWith(const fs::path& file) {
   stream.read(header.data(), header.size());
   if (!stream || std::memcmp(header.data(), "mhbd", 4) != 0) return "is not a music database";
   // The header's third word is the size of the whole file, low byte first.
-  std::uintmax_t size = 0;
-  for (std::size_t i = 12; i-- > 8;) size = (size << 8U) | static_cast<unsigned char>(header[i]);
-  return fs::file_size(file, error) == size ? "" : "is damaged, or was not copied whole";
+  std::uintmax_t stated = 0;
+  for (std::size_t i = 12; i-- > 8;) {
+    stated = (stated << 8U) | static_cast<unsigned char>(header[i]);
+  }
+  const std::uintmax_t size = fs::file_size(file, error);
+  const bool whole = hasTracks ? size >= stated : size == stated;
+  return whole ? "" : "is damaged, or was not copied whole";
 }
 
 Track TrackOf(const TrackRecord& record, std::size_t index) {
@@ -154,7 +159,7 @@ CopyJob Library::FileJob(const std::string& devicePath) const {
   return job;
 }
 
-std::vector<Track> Library::ReadDatabase(const fs::path& file, const std::string& name) const {
+Database Library::ReadDatabase(const fs::path& file, const std::string& name) const {
   const std::optional<std::string> path = LocalPathForLibrary(file);
   if (!path) throw Failure(name + ": this system's code page lacks a character of the name");
   const int32_t count = ParseITunesDB(path->c_str(), 0, nullptr);
@@ -162,17 +167,21 @@ std::vector<Track> Library::ReadDatabase(const fs::path& file, const std::string
   if (count > 0)
     records.resize(
         static_cast<std::size_t>(std::max(ParseITunesDB(path->c_str(), count, records.data()), 0)));
-  if (records.empty()) {
-    const std::string problem = ProblemWith(file);
-    if (!problem.empty()) throw Failure(name + ": " + problem);
+  Database database;
+  database.problem = ProblemWith(file, !records.empty());
+  if (!database.problem.empty()) {
+    database.problem.insert(0, name + ": ");
+    if (records.empty()) throw Failure(database.problem);
+    database.problem += "; " + std::to_string(records.size()) + " of its tracks could be read";
   }
-  std::vector<Track> tracks;
-  tracks.reserve(records.size());
-  for (const TrackRecord& record : records) tracks.push_back(TrackOf(record, tracks.size()));
-  return tracks;
+  database.tracks.reserve(records.size());
+  for (const TrackRecord& record : records) {
+    database.tracks.push_back(TrackOf(record, database.tracks.size()));
+  }
+  return database;
 }
 
-std::vector<Track> Library::ReadDeviceDatabase() const {
+Database Library::ReadDeviceDatabase() const {
   const TemporaryFile file;
   const CopyResult result = CopyChecked(DatabaseJob(), file.Path());
   if (!result.Good()) throw Failure(result.problem);

@@ -20,6 +20,13 @@ inline constexpr const char* kNoAnswer =
 
 enum class DeviceKind { kNone, kDisk, kPhone };
 
+struct Database {
+  std::vector<Track> tracks;
+  // What is wrong with the database although it gave these tracks: a message, empty when it seems
+  // whole.
+  std::string problem;
+};
+
 class Library {
  public:
   explicit Library(const Program& program);
@@ -43,10 +50,11 @@ class Library {
   // player's drive.
   CopyJob FileJob(const std::string& devicePath) const;
 
-  // Reads a local database; fails with a message that calls it by the name given.
-  std::vector<Track> ReadDatabase(const std::filesystem::path& file, const std::string& name) const;
+  // Reads a local database; fails, when it gives no tracks and is not whole, with a message that
+  // calls it by the name given.
+  Database ReadDatabase(const std::filesystem::path& file, const std::string& name) const;
   // Reads the device's database by way of a temporary copy.
-  std::vector<Track> ReadDeviceDatabase() const;
+  Database ReadDeviceDatabase() const;
   // Every file of a phone, byte for byte as the phone spells it; nothing for a player in disk mode.
   std::vector<std::string> ListFiles() const;
 

@@ -19,7 +19,7 @@ std::string Count(std::size_t shown, std::size_t all) {
 
 int ListTracks(const Program& program, const TracksOptions& options) {
   Library library(program);
-  std::vector<Track> all;
+  Database all;
   if (options.file.empty()) {
     library.RequireDevice();
     all = library.ReadDeviceDatabase();
@@ -27,7 +27,7 @@ int ListTracks(const Program& program, const TracksOptions& options) {
     const auto file = PathOf(options.file);
     all = library.ReadDatabase(file, Shown(file));
   }
-  std::vector<Track> tracks = Select(options.filter, all);
+  std::vector<Track> tracks = Select(options.filter, all.tracks);
   Sort(tracks, options.sort, options.reverse);
   if (options.json) {
     program.Print(TrackJson(tracks));
@@ -38,9 +38,11 @@ int ListTracks(const Program& program, const TracksOptions& options) {
     if (!tracks.empty()) {
       program.Print(TrackTable(tracks, terminal ? TerminalWidth(Stream::kOutput) : 0));
     }
-    if (!program.quiet) program.Print(Count(tracks.size(), all.size()) + '\n');
+    if (!program.quiet) program.Print(Count(tracks.size(), all.tracks.size()) + '\n');
   }
-  return kSuccess;
+  if (all.problem.empty()) return kSuccess;
+  program.Complain(all.problem);
+  return kFailure;
 }
 
 }  // namespace quaylink::host
