@@ -1,11 +1,14 @@
 """What the program says when something is wrong: every message of the manual page's table."""
 
+import ctypes
 import os
 import re
 import subprocess
 import unittest
 
-from players import EXPORTED, TRACKS, HostTest, contents_of, database
+from players import EXPORTED, TRACKS, HostTest, contents_of, database, obey_permissions
+
+CLONE_NEWNS = 0x20000
 
 
 class Failures(HostTest):
@@ -20,6 +23,21 @@ class Failures(HostTest):
                 file.write_bytes(contents)
             self.assertEqual(self.failure("tracks", file), f"quaylink: {file}: {words}\n")
         self.assertIn("is a folder", self.failure("tracks", self.folder))
+
+    def test_database_without_its_end_gives_what_it_has_and_is_told(self):
+        self.machine.attach_player()
+        source = self.machine.drive / "iPod_Control" / "iTunes" / "iTunesDB"
+        whole = source.read_bytes()
+        for cut in (0, 1, 60):
+            # The cut is in the list of playlists, behind the tracks.
+            source.write_bytes(whole[:len(whole) - cut])
+            told = ("quaylink: .+ is damaged, or was not copied whole; "
+                    "5 of its tracks could be read\n" if cut else "")
+            for command in (["tracks", source], ["tracks"], ["export", self.out]):
+                output, errors = self.run_program(*command, status=1 if cut else 0)
+                self.assertRegex(errors, rf"\A{told}\Z")
+                self.assertIn("5 ", output)
+            self.check_export()
 
     def test_without_a_device_every_command_gives_advice(self):
         for command in (["tracks"], ["export", self.out], ["copy-track", 0, self.out], ["files"],
@@ -85,11 +103,15 @@ class Failures(HostTest):
         self.assertIn("Björk - Hyper-ballad", errors)
         self.assertIn("is no ordinary file", errors)
 
-    @unittest.skipIf(os.geteuid() == 0, "the superuser may write everywhere")
-    def test_folder_without_permission(self):
+    def test_files_and_folders_without_permission(self):
         self.machine.attach_player()
         self.out.mkdir(mode=0o555)
-        self.assertIn("Permission denied", self.failure("copy-database", self.out / "x"))
+        file = self.folder / "secret"
+        file.touch(mode=0o000)
+        for command, words in [(["copy-database", self.out / "x"], "cannot be written"),
+                               (["tracks", file], "cannot be opened")]:
+            errors = self.failure(*command, preexec_fn=obey_permissions)
+            self.assertTrue(errors.endswith(words + ": Permission denied\n"), errors)
 
     def test_output_that_cannot_be_written(self):
         file = self.folder / "copy.iTunesDB"
@@ -116,6 +138,15 @@ class Failures(HostTest):
 
 
 class FullDisk(HostTest):
+    @classmethod
+    def setUpClass(cls):
+        # What is mounted from here on is seen by this process and its children alone, and goes away
+        # with them even when they are killed.
+        private = ["mount", "--make-rprivate", "/"]
+        if (ctypes.CDLL(None).unshare(CLONE_NEWNS) != 0 or
+                subprocess.run(private, capture_output=True, check=False).returncode != 0):
+            raise unittest.SkipTest("no small disk can be mounted here")
+
     def setUp(self):
         super().setUp()
         self.out.mkdir()
