@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "common/local_file.h"
+#include "common/utf16.h"
 #include "interface/device_manager.h"
 #include "itunesdb/database.h"
 #include "platform/windows_api.h"
@@ -22,13 +23,6 @@ struct AnsiText {
   std::size_t length = 0;
   bool whole = true;  // false when only the first characters fit
 };
-
-bool IsHighSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xD800;
-}
-bool IsLowSurrogate(char16_t unit) {
-  return (unit & 0xFC00) == 0xDC00;
-}
 
 // Zero units is an error to WideCharToMultiByte, and so is a result that does not fit: both give 0.
 std::size_t ToAnsi(std::u16string_view text, char* bytes, std::size_t capacity) {
