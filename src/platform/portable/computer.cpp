@@ -27,9 +27,7 @@ std::string FirstLine(const fs::path& file) {
 }
 
 void ReadDevices(const fs::path& sysfs, Machine& machine) {
-  machine.localMachine = {};
-  machine.devicePaths.clear();
-  machine.localMachine.At("SYSTEM\\CurrentControlSet\\Enum\\USB");
+  machine.DetachUsbDevices();
   const fs::path devices = sysfs / "bus/usb/devices";
   for (const std::string& name : SortedNames(devices)) {
     if (FirstLine(devices / name / "idVendor") != kAppleVendorId) continue;

@@ -8,9 +8,13 @@
 
 namespace quaylink {
 
-HANDLE CreateFileA(const char* path, DWORD /*access*/, DWORD shareMode,
-                   void* /*securityAttributes*/, DWORD /*disposition*/, DWORD /*flags*/,
-                   HANDLE /*templateFile*/) {
+HANDLE CreateFileA(const char* path, DWORD access, DWORD shareMode, void* securityAttributes,
+                   DWORD disposition, DWORD flags, HANDLE templateFile) {
+  if (access != (GENERIC_READ | GENERIC_WRITE) || shareMode != 0 || securityAttributes != nullptr ||
+      disposition != OPEN_EXISTING || flags != 0 || templateFile != nullptr) {
+    portable::Fail(ERROR_INVALID_PARAMETER);
+    return INVALID_HANDLE_VALUE;
+  }
   auto& devices = portable::OpenHandleTables().devices;
   const auto isPath = [path](std::string_view other) { return EqualsIgnoringCase(path, other); };
   if (std::ranges::none_of(portable::UpToDateMachine().devicePaths, isPath)) {
@@ -18,7 +22,7 @@ HANDLE CreateFileA(const char* path, DWORD /*access*/, DWORD shareMode,
     return INVALID_HANDLE_VALUE;
   }
   const auto isOpenDevice = [&isPath](const auto& entry) { return isPath(entry.second); };
-  if (shareMode == 0 && std::ranges::any_of(devices.All(), isOpenDevice)) {
+  if (std::ranges::any_of(devices.All(), isOpenDevice)) {
     portable::Fail(ERROR_SHARING_VIOLATION);
     return INVALID_HANDLE_VALUE;
   }

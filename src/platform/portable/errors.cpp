@@ -27,8 +27,6 @@ LONG ErrorOf(int hostError, const std::filesystem::path& path) {
       return ERROR_ACCESS_DENIED;
     case EROFS:
       return ERROR_WRITE_PROTECT;
-    case EEXIST:
-      return ERROR_FILE_EXISTS;
     case ENOSPC:
     case EDQUOT:
     case EFBIG:

@@ -74,6 +74,7 @@ bool IsSameFile(const struct stat& a, const struct stat& b) {
 }  // namespace
 
 BOOL CopyFileA(const char* source, const char* destination, BOOL failIfExists) {
+  if (failIfExists != 0) return Fail(ERROR_INVALID_PARAMETER);
   const fs::path sourcePath = HostPath(source);
   Descriptor from(::open(sourcePath.c_str(), O_RDONLY | O_CLOEXEC));
   if (!from.IsOpen()) return FailWithErrno(errno, sourcePath);
@@ -84,13 +85,9 @@ BOOL CopyFileA(const char* source, const char* destination, BOOL failIfExists) {
   const fs::path destinationPath = HostPath(destination);
   struct stat oldStatus;
   const bool exists = ::stat(destinationPath.c_str(), &oldStatus) == 0;
-  if (exists && failIfExists == 0 && IsSameFile(sourceStatus, oldStatus)) {
-    return Fail(ERROR_SHARING_VIOLATION);
-  }
+  if (exists && IsSameFile(sourceStatus, oldStatus)) return Fail(ERROR_SHARING_VIOLATION);
   constexpr mode_t kAnyone = 0666;  // less the process's mask
-  const int onExisting = failIfExists != 0 ? O_EXCL : O_TRUNC;
-  Descriptor to(
-      ::open(destinationPath.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | onExisting, kAnyone));
+  Descriptor to(::open(destinationPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAnyone));
   if (!to.IsOpen()) return FailWithErrno(errno, destinationPath);
 
   const fs::path* failed = CopyContents(from, sourcePath, to, destinationPath);

@@ -54,14 +54,12 @@ class HandleTable {
 
 struct Search {
   std::filesystem::path folder;
-  std::vector<std::string>
-      names;  // host names that match, those still to be delivered from `next` on
-  std::size_t next = 0;
+  std::vector<std::string> names;  // the host's
+  std::size_t next = 0;            // the first one still to be delivered
 };
 
 struct LoadedModule {
   void* library;  // from dlopen
-  std::string path;
   int references;
 };
 

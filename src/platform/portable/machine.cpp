@@ -10,6 +10,7 @@
 namespace quaylink::portable {
 namespace {
 
+constexpr std::string_view kUsbTree = "SYSTEM\\CurrentControlSet\\Enum\\USB";
 constexpr std::string_view kUsbDeviceInterface = "{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
 
 Machine InitialMachine() {
@@ -25,11 +26,15 @@ Machine InitialMachine() {
 
 }  // namespace
 
-RegistryKey& RegistryKey::Subkey(std::string_view subkeyName) {
+RegistryKey* RegistryKey::Find(std::string_view subkeyName) {
   const auto found = std::ranges::find_if(subkeys, [subkeyName](const RegistryKey& subkey) {
     return EqualsIgnoringCase(subkey.name, subkeyName);
   });
-  if (found != subkeys.end()) return *found;
+  return found != subkeys.end() ? &*found : nullptr;
+}
+
+RegistryKey& RegistryKey::Subkey(std::string_view subkeyName) {
+  if (RegistryKey* found = Find(subkeyName)) return *found;
   subkeys.emplace_back().name = subkeyName;
   return subkeys.back();
 }
@@ -48,7 +53,7 @@ void Machine::AttachUsbDevice(std::string_view hardwareId, std::string_view seri
   std::string name = "USB#";
   name.append(hardwareId).append("#").append(serial).append("#").append(kUsbDeviceInterface);
 
-  RegistryKey& usb = localMachine.At("SYSTEM\\CurrentControlSet\\Enum\\USB");
+  RegistryKey& usb = localMachine.At(kUsbTree);
   RegistryKey& parameters = usb.Subkey(hardwareId).Subkey(serial).Subkey("Device Parameters");
   std::string symbolicName = "\\??\\" + name;
   symbolicName.push_back('\0');
@@ -60,6 +65,11 @@ void Machine::AttachUsbDevice(unsigned productId, std::string_view serial) {
   char hardwareId[32];
   std::snprintf(hardwareId, sizeof hardwareId, "VID_05AC&PID_%04X", productId);
   AttachUsbDevice(std::string_view(hardwareId), serial);
+}
+
+void Machine::DetachUsbDevices() {
+  localMachine.At(kUsbTree).subkeys.clear();
+  devicePaths.clear();
 }
 
 Machine& CurrentMachine() {

@@ -26,16 +26,17 @@ struct RegistryKey {
   std::vector<RegistryValue> values;
   bool refusesToOpen = false;
 
-  // The subkey of that name (without regard to case), added at the end when missing.
+  // The subkey of that name (without regard to case), or null.
+  RegistryKey* Find(std::string_view subkeyName);
+  // The same, added at the end when missing.
   RegistryKey& Subkey(std::string_view subkeyName);
   // The key at a path of names separated by backslashes, added where missing.
   RegistryKey& At(std::string_view path);
 };
 
 struct Drive {
-  UINT kind = DRIVE_FIXED;
-  std::filesystem::path
-      root;  // the folder that holds the drive's contents; empty: no medium in the drive
+  UINT kind;
+  std::filesystem::path root;  // the folder that holds the drive's contents
 };
 
 // In which form the shell hands a folder's name out, or at which step its look-up fails.
@@ -53,23 +54,24 @@ struct Machine {
   RegistryKey localMachine;
   std::vector<std::string> devicePaths;  // those that CreateFileA can open, without regard to case
   std::map<char, Drive> drives;          // by upper-case letter
-  char currentDrive = 'C';               // where a path that begins with a backslash lies
   std::map<int, SpecialFolder> specialFolders;  // by folder number
   bool shellHasDesktop = true;
   bool shellHasAllocator = true;
-  UINT ansiCodePage = CP_UTF8;
+  UINT ansiCodePage = CP_UTF8;  // or 1252
   std::string hostProgramPath = "C:\\Program Files\\Host\\host.exe";
-  bool abortOnBadHandle =
-      false;  // when a closed or foreign handle is used; else the call just fails
+  // When a closed or foreign handle is used; else the call just fails.
+  bool abortOnBadHandle = false;
   std::function<void(DWORD)> sleep;          // in place of waiting, when set
   std::function<HRESULT(GUID*)> createGuid;  // in place of the system's random source, when set
-  std::function<void(Machine&)>
-      update;  // reads devices and drives anew from where they come from, when set
+  // Reads devices and drives anew from where they come from, when set.
+  std::function<void(Machine&)> update;
 
   // Adds the registry entries and the device path of an attached USB device, as Windows would. A
   // hardware id is of the form VID_05AC&PID_1261; a product id alone means one of Apple's.
   void AttachUsbDevice(std::string_view hardwareId, std::string_view serial);
   void AttachUsbDevice(unsigned productId, std::string_view serial);
+  // Leaves no attached device, and an empty USB tree in the registry.
+  void DetachUsbDevices();
 };
 
 // The machine described by a folder: drives/<letter>/… (C is fixed, the others removable) and
@@ -96,7 +98,7 @@ std::filesystem::path HostPath(std::string_view localPath);
 // Handles that are open now: what a test compares before and after an operation.
 struct OpenHandles {
   int registryKeys = 0;
-  int files = 0;
+  int devices = 0;
   int searches = 0;
   int shellObjects = 0;  // identifier lists, names, desktop folders and allocators handed out
   bool operator==(const OpenHandles&) const = default;

@@ -25,9 +25,7 @@ void ReadDrives(const fs::path& folder, Machine& machine) {
 }
 
 void ReadDevices(const fs::path& folder, Machine& machine) {
-  machine.localMachine = {};
-  machine.devicePaths.clear();
-  machine.localMachine.At("SYSTEM\\CurrentControlSet\\Enum\\USB");
+  machine.DetachUsbDevices();
   for (const std::string& hardwareId : SortedNames(folder)) {
     for (const std::string& serial : SortedNames(folder / hardwareId)) {
       machine.AttachUsbDevice(hardwareId, serial);

@@ -1,7 +1,7 @@
 // Loaded libraries: real shared libraries, in the machine's folders or the host's.
 #include <dlfcn.h>
 
-#include <cstring>
+#include <memory>
 #include <system_error>
 
 #include "platform/portable/errors.h"
@@ -15,17 +15,22 @@ using portable::Fail;
 using portable::LoadedModule;
 using portable::OpenHandleTables;
 
+struct CloseLibrary {
+  void operator()(void* library) const { static_cast<void>(::dlclose(library)); }
+};
+
 }  // namespace
 
-HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD /*flags*/) {
-  if (file != nullptr) {
+HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD flags) {
+  if (file != nullptr || flags != LOAD_WITH_ALTERED_SEARCH_PATH) {
     Fail(ERROR_INVALID_PARAMETER);
     return nullptr;
   }
   // An empty path would give the program itself.
   const std::filesystem::path hostPath = portable::HostPath(path);
-  void* library = hostPath.empty() ? nullptr : ::dlopen(hostPath.c_str(), RTLD_NOW | RTLD_LOCAL);
-  if (library == nullptr) {
+  std::unique_ptr<void, CloseLibrary> library(
+      hostPath.empty() ? nullptr : ::dlopen(hostPath.c_str(), RTLD_NOW | RTLD_LOCAL));
+  if (!library) {
     std::error_code ignored;
     const bool isFile = std::filesystem::is_regular_file(hostPath, ignored);
     Fail(isFile ? ERROR_BAD_EXE_FORMAT : ERROR_MOD_NOT_FOUND);
@@ -33,12 +38,14 @@ HMODULE LoadLibraryExA(const char* path, HANDLE file, DWORD /*flags*/) {
   }
   // A library loaded again gives the same handle, once more referenced.
   auto& modules = OpenHandleTables().modules;
-  for (const auto& [handle, module] : modules.All()) {
-    if (module.library != library) continue;
-    ++modules.Find(handle, "LoadLibraryExA")->references;
-    return handle;
+  HMODULE handle = nullptr;
+  for (const auto& [other, module] : modules.All()) {
+    if (module.library == library.get()) handle = other;
   }
-  return modules.Add(LoadedModule{library, path, 1});
+  if (handle == nullptr) handle = modules.Add(LoadedModule{library.get(), 0});
+  ++modules.Find(handle, "LoadLibraryExA")->references;
+  static_cast<void>(library.release());
+  return handle;
 }
 
 FARPROC GetProcAddress(HMODULE module, const char* name) {
@@ -62,13 +69,8 @@ BOOL FreeLibrary(HMODULE module) {
 }
 
 DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size) {
-  std::string name = portable::CurrentMachine().hostProgramPath;
-  if (module != nullptr) {
-    const LoadedModule* loaded = OpenHandleTables().modules.Find(module, "GetModuleFileNameA");
-    if (loaded == nullptr) return static_cast<DWORD>(Fail(ERROR_MOD_NOT_FOUND));
-    name = loaded->path;
-  }
-  if (size == 0) return static_cast<DWORD>(Fail(ERROR_INSUFFICIENT_BUFFER));
+  if (module != nullptr || size == 0) return static_cast<DWORD>(Fail(ERROR_INVALID_PARAMETER));
+  const std::string& name = portable::CurrentMachine().hostProgramPath;
   const auto length = static_cast<DWORD>(name.copy(path, size - 1));
   path[length] = '\0';
   if (length == name.size()) return length;

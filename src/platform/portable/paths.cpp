@@ -1,5 +1,3 @@
-#include "platform/portable/paths.h"
-
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -15,6 +13,9 @@ namespace portable {
 namespace {
 
 namespace fs = std::filesystem;
+
+// Where a path that begins with a backslash lies.
+constexpr char kCurrentDrive = 'C';
 
 bool IsLetter(char c) {
   return AsciiLower(c) >= 'a' && AsciiLower(c) <= 'z';
@@ -68,18 +69,13 @@ fs::path FollowName(const fs::path& folder, const std::string& name) {
 
 }  // namespace
 
-bool IsOnDrive(std::string_view path) {
-  return BeginsWithDrive(path) || path.starts_with('\\');
-}
-
 fs::path HostPath(std::string_view localPath) {
-  if (!IsOnDrive(localPath)) return localPath;
+  const bool hasDrive = BeginsWithDrive(localPath);
+  if (!hasDrive && !localPath.starts_with('\\')) return localPath;
   if (localPath.starts_with("\\\\")) return {};
 
-  const bool hasDrive = BeginsWithDrive(localPath);
-  const Drive* drive =
-      FindDrive(hasDrive ? AsciiUpper(localPath[0]) : CurrentMachine().currentDrive);
-  if (drive == nullptr || drive->root.empty()) return {};
+  const Drive* drive = FindDrive(hasDrive ? AsciiUpper(localPath[0]) : kCurrentDrive);
+  if (drive == nullptr) return {};
   fs::path path = drive->root;
   for (const std::string_view name : SplitNames(localPath.substr(hasDrive ? 2 : 0))) {
     if (!IsValidName(name)) return {};
@@ -91,22 +87,14 @@ fs::path HostPath(std::string_view localPath) {
 }  // namespace portable
 
 UINT GetDriveTypeA(const char* rootPath) {
-  const portable::Machine& machine = portable::UpToDateMachine();
-  char letter = machine.currentDrive;
-  if (rootPath != nullptr) {
-    const std::string_view root = rootPath;
-    const bool isRoot =
-        portable::BeginsWithDrive(root) &&
-        (root.size() == 2 || (root.size() == 3 && (root[2] == '\\' || root[2] == '/')));
-    if (!isRoot && root != "\\") return DRIVE_NO_ROOT_DIR;
-    if (isRoot) letter = AsciiUpper(root[0]);
-  }
-  const auto found = machine.drives.find(letter);
-  if (found == machine.drives.end()) return DRIVE_NO_ROOT_DIR;
-  const portable::Drive& drive = found->second;
+  const std::string_view root = rootPath;
+  if (root.size() != 3 || !root.ends_with(":\\")) return DRIVE_NO_ROOT_DIR;
+  const auto& drives = portable::UpToDateMachine().drives;
+  const auto found = drives.find(AsciiUpper(root[0]));
   std::error_code ignored;
-  const bool present = drive.root.empty() || std::filesystem::is_directory(drive.root, ignored);
-  return present ? drive.kind : DRIVE_NO_ROOT_DIR;
+  const bool present =
+      found != drives.end() && std::filesystem::is_directory(found->second.root, ignored);
+  return present ? found->second.kind : DRIVE_NO_ROOT_DIR;
 }
 
 }  // namespace quaylink

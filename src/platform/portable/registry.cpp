@@ -16,17 +16,13 @@ using portable::RegistryKey;
 
 constexpr DWORD kTypeText = 1;
 
-LONG FindSubkey(const RegistryKey& parent, std::string_view path, const RegistryKey*& result) {
-  const RegistryKey* key = &parent;
+LONG FindSubkey(RegistryKey& parent, std::string_view path, RegistryKey*& result) {
+  RegistryKey* key = &parent;
   while (!path.empty()) {
     const std::size_t end = std::min(path.find('\\'), path.size());
-    const std::string_view name = path.substr(0, end);
-    const auto found = std::ranges::find_if(key->subkeys, [name](const RegistryKey& subkey) {
-      return EqualsIgnoringCase(subkey.name, name);
-    });
-    if (found == key->subkeys.end()) return ERROR_FILE_NOT_FOUND;
-    if (found->refusesToOpen) return ERROR_ACCESS_DENIED;
-    key = &*found;
+    key = key->Find(path.substr(0, end));
+    if (key == nullptr) return ERROR_FILE_NOT_FOUND;
+    if (key->refusesToOpen) return ERROR_ACCESS_DENIED;
     path.remove_prefix(std::min(end + 1, path.size()));
   }
   result = key;
@@ -34,7 +30,7 @@ LONG FindSubkey(const RegistryKey& parent, std::string_view path, const Registry
 }
 
 // The key behind a handle, and its path below local machine.
-LONG FindOpenKey(HKEY handle, const char* caller, const RegistryKey*& key, std::string& path) {
+LONG FindOpenKey(HKEY handle, const char* caller, RegistryKey*& key, std::string& path) {
   if (handle == HKEY_LOCAL_MACHINE) {
     path.clear();
     key = &portable::UpToDateMachine().localMachine;
@@ -49,18 +45,15 @@ LONG FindOpenKey(HKEY handle, const char* caller, const RegistryKey*& key, std::
 
 }  // namespace
 
-LONG RegOpenKeyExA(HKEY key, const char* subkey, DWORD /*options*/, DWORD /*access*/,
-                   HKEY* result) {
-  if (result == nullptr) return ERROR_INVALID_PARAMETER;
-  const RegistryKey* parent = nullptr;
+LONG RegOpenKeyExA(HKEY key, const char* subkey, DWORD options, DWORD access, HKEY* result) {
+  if (options != 0 || access != KEY_READ) return ERROR_INVALID_PARAMETER;
+  RegistryKey* parent = nullptr;
   std::string path;
   const LONG parentResult = FindOpenKey(key, "RegOpenKeyExA", parent, path);
   if (parentResult != ERROR_SUCCESS) return parentResult;
 
-  std::string_view name = subkey != nullptr ? subkey : "";
-  if (name.starts_with('\\')) return ERROR_BAD_PATHNAME;
-  if (name.ends_with('\\')) name.remove_suffix(1);
-  const RegistryKey* opened = nullptr;
+  const std::string_view name = subkey;
+  RegistryKey* opened = nullptr;
   const LONG found = FindSubkey(*parent, name, opened);
   if (found != ERROR_SUCCESS) return found;
 
@@ -72,11 +65,10 @@ LONG RegOpenKeyExA(HKEY key, const char* subkey, DWORD /*options*/, DWORD /*acce
 
 LONG RegEnumKeyExA(HKEY key, DWORD index, char* name, DWORD* nameLength, DWORD* reserved,
                    char* className, DWORD* classLength, FILETIME* lastWriteTime) {
-  const bool classWithoutLength = className != nullptr && classLength == nullptr;
-  if (name == nullptr || nameLength == nullptr || reserved != nullptr || classWithoutLength) {
+  if (reserved != nullptr || className != nullptr || classLength != nullptr) {
     return ERROR_INVALID_PARAMETER;
   }
-  const RegistryKey* parent = nullptr;
+  RegistryKey* parent = nullptr;
   std::string path;
   const LONG found = FindOpenKey(key, "RegEnumKeyExA", parent, path);
   if (found != ERROR_SUCCESS) return found;
@@ -87,33 +79,26 @@ LONG RegEnumKeyExA(HKEY key, DWORD index, char* name, DWORD* nameLength, DWORD* 
   if (subkey.size() >= *nameLength) return ERROR_MORE_DATA;
   std::memcpy(name, subkey.c_str(), subkey.size() + 1);
   *nameLength = static_cast<DWORD>(subkey.size());
-  if (className != nullptr && *classLength > 0) *className = '\0';
-  if (classLength != nullptr) *classLength = 0;
-  if (lastWriteTime != nullptr) *lastWriteTime = {};
+  *lastWriteTime = {};
   return ERROR_SUCCESS;
 }
 
 LONG RegQueryValueExA(HKEY key, const char* valueName, DWORD* reserved, DWORD* type, BYTE* data,
                       DWORD* dataLength) {
-  if (reserved != nullptr || (data != nullptr && dataLength == nullptr)) {
-    return ERROR_INVALID_PARAMETER;
-  }
-  const RegistryKey* owner = nullptr;
+  if (reserved != nullptr || data == nullptr) return ERROR_INVALID_PARAMETER;
+  RegistryKey* owner = nullptr;
   std::string path;
   const LONG found = FindOpenKey(key, "RegQueryValueExA", owner, path);
   if (found != ERROR_SUCCESS) return found;
 
-  const std::string_view wanted = valueName != nullptr ? valueName : "";
-  const auto value = std::ranges::find_if(owner->values, [wanted](const auto& candidate) {
-    return EqualsIgnoringCase(candidate.name, wanted);
+  const auto value = std::ranges::find_if(owner->values, [valueName](const auto& candidate) {
+    return EqualsIgnoringCase(candidate.name, valueName);
   });
   if (value == owner->values.end()) return ERROR_FILE_NOT_FOUND;
 
-  if (type != nullptr) *type = kTypeText;
-  if (dataLength == nullptr) return ERROR_SUCCESS;
+  *type = kTypeText;
   const DWORD capacity = *dataLength;
   *dataLength = static_cast<DWORD>(value->data.size());
-  if (data == nullptr) return ERROR_SUCCESS;
   if (value->data.size() > capacity) return ERROR_MORE_DATA;
   std::copy(value->data.begin(), value->data.end(), data);
   return ERROR_SUCCESS;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "common/utf16.h"
 #include "platform/portable/errors.h"
 #include "platform/portable/machine.h"
 
@@ -12,7 +13,6 @@ namespace {
 
 using portable::Fail;
 
-constexpr UINT kWesternEuropean = 1252;
 constexpr char32_t kReplacement = 0xFFFD;
 
 // The characters of bytes 0x80 to 0x9F in code page 1252; the other bytes are their own characters.
@@ -20,13 +20,6 @@ constexpr char16_t kWesternEuropean80To9F[] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
-bool IsHighSurrogate(char32_t c) {
-  return c >= 0xD800 && c < 0xDC00;
-}
-bool IsLowSurrogate(char32_t c) {
-  return c >= 0xDC00 && c < 0xE000;
-}
 
 // One character in its code page, and how many UTF-16 units it took.
 struct Encoded {
@@ -113,13 +106,35 @@ std::u16string WidenUtf8(std::string_view text) {
   return wide;
 }
 
+// The number of bytes that the text takes in the code page; negative when there is no room for
+// them.
+int Convert(UINT codePage, const WCHAR* wide, int wideLength, char* bytes, int byteCapacity) {
+  int written = 0;
+  for (int taken = 0; taken < wideLength;) {
+    const int count = std::min(wideLength - taken, byteCapacity - written);
+    const int ascii = CopyAscii(wide + taken, count, bytes + written);
+    taken += ascii;
+    written += ascii;
+    if (taken == wideLength) break;
+    Encoded character = {};
+    if (codePage == CP_UTF8) {
+      character = EncodeUtf8(wide + taken, wideLength - taken);
+    } else {
+      const int byte = WesternEuropeanByte(wide[taken]);
+      character = {{byte < 0 ? '?' : static_cast<char>(byte)}, 1, 1};
+    }
+    if (character.size > byteCapacity - written) return -1;
+    std::memcpy(bytes + written, character.bytes, static_cast<std::size_t>(character.size));
+    written += character.size;
+    taken += character.unitsTaken;
+  }
+  return written;
+}
+
 std::string Narrow(UINT codePage, const std::u16string& wide) {
   std::string bytes(wide.size() * 3, '\0');
-  const int size =
-      wide.empty()
-          ? 0
-          : WideCharToMultiByte(codePage, 0, wide.data(), static_cast<int>(wide.size()),
-                                bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr);
+  const int size = Convert(codePage, wide.data(), static_cast<int>(wide.size()), bytes.data(),
+                           static_cast<int>(bytes.size()));
   bytes.resize(static_cast<std::size_t>(size));
   return bytes;
 }
@@ -128,46 +143,18 @@ std::string Narrow(UINT codePage, const std::u16string& wide) {
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
                         int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar) {
-  if (codePage == CP_ACP) codePage = portable::CurrentMachine().ansiCodePage;
-  const bool isUtf8 = codePage == CP_UTF8;
-  const bool hasDefault = defaultChar != nullptr || usedDefaultChar != nullptr;
-  if ((!isUtf8 && codePage != kWesternEuropean) || (isUtf8 && hasDefault) || wide == nullptr ||
-      wideLength == 0 || byteCapacity < 0 || (bytes == nullptr && byteCapacity > 0)) {
+  const bool hasText = wide != nullptr && wideLength != 0;
+  const bool hasRoom = bytes != nullptr && byteCapacity > 0;
+  if (codePage != CP_ACP || flags != 0 || !hasText || !hasRoom || defaultChar != nullptr ||
+      usedDefaultChar != nullptr) {
     return Fail(ERROR_INVALID_PARAMETER);
   }
-  if (flags != 0) return Fail(ERROR_INVALID_FLAGS);
   if (wideLength < 0) {
     wideLength = static_cast<int>(std::char_traits<WCHAR>::length(wide)) + 1;
   }
-
-  const char substitute = defaultChar != nullptr ? *defaultChar : '?';
-  if (usedDefaultChar != nullptr) *usedDefaultChar = 0;
-  const bool countsOnly = byteCapacity == 0;
-  int written = 0;
-  for (int taken = 0; taken < wideLength;) {
-    if (!countsOnly) {
-      const int count = std::min(wideLength - taken, byteCapacity - written);
-      const int ascii = CopyAscii(wide + taken, count, bytes + written);
-      taken += ascii;
-      written += ascii;
-      if (taken == wideLength) break;
-    }
-    Encoded character = {};
-    if (isUtf8) {
-      character = EncodeUtf8(wide + taken, wideLength - taken);
-    } else {
-      const int byte = WesternEuropeanByte(wide[taken]);
-      character = {{byte < 0 ? substitute : static_cast<char>(byte)}, 1, 1};
-      if (byte < 0 && usedDefaultChar != nullptr) *usedDefaultChar = 1;
-    }
-    if (!countsOnly) {
-      if (character.size > byteCapacity - written) return Fail(ERROR_INSUFFICIENT_BUFFER);
-      std::memcpy(bytes + written, character.bytes, static_cast<std::size_t>(character.size));
-    }
-    written += character.size;
-    taken += character.unitsTaken;
-  }
-  return written;
+  const UINT ansi = portable::CurrentMachine().ansiCodePage;
+  const int size = Convert(ansi, wide, wideLength, bytes, byteCapacity);
+  return size >= 0 ? size : Fail(ERROR_INSUFFICIENT_BUFFER);
 }
 
 namespace portable {

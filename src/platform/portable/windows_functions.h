@@ -1,6 +1,7 @@
 // The Windows types, constants and functions that the library uses, for a host that is not Windows.
 // Each function does what Windows documents for the arguments that the library passes: results,
-// output parameters and last results included. They all work on the current Machine.
+// output parameters and last results included. Others it refuses, so that a wrong one is seen. They
+// all work on the current Machine.
 //
 // Local paths that begin with a drive letter and ":" or with a backslash are looked up on the
 // machine's drives, without regard to the case of ASCII letters; every other path is the host's
@@ -20,7 +21,6 @@ namespace quaylink {
 
 using BOOL = int;
 using BYTE = std::uint8_t;
-using WORD = std::uint16_t;
 using DWORD = std::uint32_t;
 using UINT = unsigned int;
 using ULONG = std::uint32_t;
@@ -58,17 +58,10 @@ struct OSVERSIONINFOA {
   char szCSDVersion[128];
 };
 
+// The two of its members that the library looks at.
 struct WIN32_FIND_DATAA {
   DWORD dwFileAttributes;
-  FILETIME ftCreationTime;
-  FILETIME ftLastAccessTime;
-  FILETIME ftLastWriteTime;
-  DWORD nFileSizeHigh;
-  DWORD nFileSizeLow;
-  DWORD dwReserved0;
-  DWORD dwReserved1;
   char cFileName[260];
-  char cAlternateFileName[14];
 };
 
 // Constants
@@ -86,19 +79,16 @@ inline constexpr LONG ERROR_NO_MORE_FILES = 18;
 inline constexpr LONG ERROR_WRITE_PROTECT = 19;
 inline constexpr LONG ERROR_GEN_FAILURE = 31;
 inline constexpr LONG ERROR_SHARING_VIOLATION = 32;
-inline constexpr LONG ERROR_FILE_EXISTS = 80;
 inline constexpr LONG ERROR_INVALID_PARAMETER = 87;
 inline constexpr LONG ERROR_DISK_FULL = 112;
 inline constexpr LONG ERROR_INSUFFICIENT_BUFFER = 122;
 inline constexpr LONG ERROR_MOD_NOT_FOUND = 126;
 inline constexpr LONG ERROR_PROC_NOT_FOUND = 127;
-inline constexpr LONG ERROR_BAD_PATHNAME = 161;
 inline constexpr LONG ERROR_ALREADY_EXISTS = 183;
 inline constexpr LONG ERROR_BAD_EXE_FORMAT = 193;
 inline constexpr LONG ERROR_FILENAME_EXCED_RANGE = 206;
 inline constexpr LONG ERROR_MORE_DATA = 234;
 inline constexpr LONG ERROR_NO_MORE_ITEMS = 259;
-inline constexpr LONG ERROR_INVALID_FLAGS = 1004;
 inline constexpr LONG ERROR_KEY_DELETED = 1018;
 inline constexpr LONG ERROR_IO_DEVICE = 1117;
 
@@ -116,12 +106,9 @@ inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
 
-inline constexpr UINT DRIVE_UNKNOWN = 0;
 inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
 inline constexpr UINT DRIVE_REMOVABLE = 2;
 inline constexpr UINT DRIVE_FIXED = 3;
-inline constexpr UINT DRIVE_REMOTE = 4;
-inline constexpr UINT DRIVE_CDROM = 5;
 
 inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
 
@@ -164,6 +151,7 @@ UINT GetDriveTypeA(const char* rootPath);
 HANDLE CreateFileA(const char* path, DWORD access, DWORD shareMode, void* securityAttributes,
                    DWORD disposition, DWORD flags, HANDLE templateFile);
 BOOL CloseHandle(HANDLE handle);
+// Looks for all entries of a folder (folder\*.*), and for no other pattern.
 HANDLE FindFirstFileA(const char* pattern, WIN32_FIND_DATAA* entry);
 BOOL FindNextFileA(HANDLE search, WIN32_FIND_DATAA* entry);
 BOOL FindClose(HANDLE search);
@@ -185,8 +173,8 @@ DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size);
 
 // Texts and identifiers
 
-// Knows the code pages CP_ACP, CP_UTF8 and 1252, without the approximations that Windows makes for
-// letters that 1252 lacks.
+// To the ANSI code page alone, without the approximations that Windows makes for letters that it
+// lacks.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
                         int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar);
 HRESULT CoCreateGuid(GUID* guid);
@@ -199,9 +187,11 @@ using LPITEMIDLIST = ITEMIDLIST*;
 struct STRRET {
   UINT uType;
   union {
-    WCHAR*
-        pOleStr;   // STRRET_WSTR: allocated for the caller, who frees it with the shell's allocator
-    UINT uOffset;  // STRRET_OFFSET: bytes from the start of the identifier list
+    // STRRET_WSTR: allocated for the caller, who frees it with the shell's allocator.
+    WCHAR* pOleStr;
+    // STRRET_OFFSET: bytes from the start of the identifier list.
+    UINT uOffset;
+    // STRRET_CSTR: the text itself.
     char cStr[MAX_PATH];
   };
 };
