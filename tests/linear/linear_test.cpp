@@ -19,7 +19,7 @@ namespace quaylink::test {
 namespace {
 
 std::uint64_t WorkToParse(const std::string& bytes) {
-  const std::string path = testing::TempDir() + "/quaylink-work-" + std::to_string(::getpid());
+  const std::string path = testing::TempDir() + "/quaylink-linear-" + std::to_string(::getpid());
   std::ofstream(path, std::ios::binary) << bytes;
   DeviceManager manager;
   const std::uint64_t before = blocksExecuted;
@@ -29,7 +29,7 @@ std::uint64_t WorkToParse(const std::string& bytes) {
   return work;
 }
 
-TEST(WorkTest, OfParsingAnyFileGrowsWithItsSize) {
+TEST(LinearTest, TheWorkOfParsingAnyFileGrowsWithItsSize) {
   const auto files = HostileFiles(200 << 10);
   const auto twice = HostileFiles(400 << 10);
   for (std::size_t i = 0; i < files.size(); ++i) {
