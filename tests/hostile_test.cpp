@@ -69,11 +69,10 @@ TEST(OlderPlayersTest, DatabasesKeepTheirTracksAndTextsThroughReadingAndWriting)
     SCOPED_TRACE(player.track);
     std::string tracks;
     for (const std::uint32_t id : {3u, 1u, 2u}) {
-      tracks += Track(id, 3,
-                      TextObject(1, u"Title " + std::u16string(id, u't')) +
-                          TextObject(2, u":iPod_Control:Music:F00:" + std::u16string(id, u'A')) +
-                          TextObject(4, u"Artist"),
-                      player.track);
+      const std::u16string mark(id, u'A');
+      const std::string texts = TextObject(1, u"Title " + mark) +
+                                TextObject(2, u":Music:F00:" + mark) + TextObject(4, u"Artist");
+      tracks += Track(id, 3, texts, player.track);
     }
     const std::string item = ChunkBytes("mhip", 76, U32(0), "");
     const std::string playlist =
@@ -88,10 +87,10 @@ TEST(OlderPlayersTest, DatabasesKeepTheirTracksAndTextsThroughReadingAndWriting)
     ASSERT_TRUE(manager.Parse(kPath.c_str()));
     ASSERT_EQ(manager.trackRecords.size(), 3u);
     for (std::size_t i = 0; i < 3; ++i) {
-      EXPECT_EQ(manager.trackRecords[i].title, "Title " + std::string(i + 1, 't'));
-      EXPECT_EQ(manager.trackRecords[i].location,
-                "/iPod_Control/Music/F00/" + std::string(i + 1, 'A'));
-      EXPECT_STREQ(manager.trackRecords[i].artist, "Artist");
+      const TrackRecord& record = manager.trackRecords[i];
+      EXPECT_EQ(record.title, "Title " + std::string(i + 1, 'A'));
+      EXPECT_EQ(record.location, "/Music/F00/" + std::string(i + 1, 'A'));
+      EXPECT_STREQ(record.artist, "Artist");
     }
     DatabaseChunk database;
     ReadBytes(database, bytes);
@@ -171,6 +170,11 @@ TEST_F(OutOfMemoryTest, NoExportLetsAnExceptionOut) {
   FailEachAllocation([] { return IsIPodConnected(); }, anyResult);
   FailEachAllocation([] { return ConnectIPod(); }, anyResult);
   FailEachAllocation([] { return CopyITunesDB("C:\\copy"); }, anyResult);
+  FailEachAllocation([] { return CopyFileFromIPod(0, "C:\\copy"); }, anyResult);
+  const EnumFileCallback noCall = [](const char*, void*) { ADD_FAILURE() << "no phone"; };
+  FailEachAllocation([=] { return EnumGenericFileFromIPod(1, noCall, nullptr); }, anyResult);
+  FailEachAllocation([] { return CopyGenericFileFromIPod(1, "E:\\earlier", "C:\\copy"); },
+                     anyResult);
   FailEachAllocation([] { return InitializeIPod() != 0 ? 1 : 0; }, anyResult);
 }
 

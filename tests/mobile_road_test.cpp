@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -98,7 +100,9 @@ TEST_F(MobileRoadTest, NothingIsAskedOfThePhoneWhenTheDestinationCannotBeCreated
   AddMusic();
   ASSERT_TRUE(manager.CopyDatabase("C:\\db"));
   ASSERT_TRUE(manager.Parse("C:\\db"));
+  ASSERT_TRUE(manager.OpenSession());
   phone.phone.ForgetLog();
+  EXPECT_FALSE(manager.CopyGenericFile(false, "/iTunes_Control/Music/A.m4a", "C:\\no such\\a"));
   EXPECT_FALSE(manager.CopyDatabase("C:\\no such folder\\db"));
   EXPECT_FALSE(manager.CopyTrackFile(0, "C:\\no such folder\\a"));
   EXPECT_FALSE(manager.CopyTrackFile(2, "C:\\out of range"));
@@ -173,7 +177,13 @@ class PhoneHostTest : public testing::Test {
     machine.AttachDevice(0x1290);
     const std::filesystem::path phone = machine.LocalPath("phone");
     std::filesystem::create_directories(phone / "DCIM");
-    for (const std::string name : {"a", "b", "c"}) std::ofstream(phone / "DCIM" / name) << name;
+    // The longest path that is listed has 255 bytes, unless those of this computer end before.
+    const std::size_t longest =
+        std::min(255 - std::strlen("/DCIM/"), FILENAME_MAX - (phone / "DCIM").string().size() - 2);
+    for (const std::string& name :
+         {std::string("a"), std::string(longest - 1, 'b'), std::string(longest, 'c')}) {
+      std::ofstream(phone / "DCIM" / name) << name[0];
+    }
     std::ofstream(machine.LocalPath("phone.txt")) << "folder " << phone.string() << "\n";
     SetEnvironment("STAND_IN_PHONE", machine.LocalPath("phone.txt"));
     InitializeIPod();
@@ -206,7 +216,7 @@ void QUAYLINK_CALL EndOrBeginAnew(const char* /*devicePath*/, void* context) {
   }
 }
 
-TEST_F(PhoneHostTest, TheCallbackMayCopyEachFileThatItIsGiven) {
+TEST_F(PhoneHostTest, TheCallbackMayCopyEachFileThatItIsGivenByItsWholePath) {
   Walk walk;
   EXPECT_EQ(EnumGenericFileFromIPod(1, CopyEach, &walk), 1);
   EXPECT_EQ(walk.calls, 3);
@@ -220,8 +230,7 @@ TEST_F(PhoneHostTest, TheWalkGoesOnWhenTheCallbackEndsTheManager) {
   EXPECT_EQ(walk.calls, 3);
 }
 
-// A host that takes its booleans for integers leaves more than one byte in the argument.
-// As a host calls whose booleans are words.
+// As a host calls that takes its booleans for integers: more than one byte is in the argument.
 #if defined(__clang__)
 __attribute__((no_sanitize("function")))
 #endif

@@ -2,6 +2,7 @@
 // undone.
 #include <gmock/gmock.h>
 
+#include "interface/device_manager.h"
 #include "mobile/device_notification.h"
 #include "support/attached_phone.h"
 
@@ -213,6 +214,21 @@ TEST(Session, DisconnectSkipsAMissingEntryPoint) {
     EXPECT_THAT(carelessPhone.CalledNames(), ElementsAreArray(others));
     ExpectIdle(*attached.bridge);
   }
+}
+
+TEST(Session, ThatIsOpenAtTheManagersEndIsLeftAsItIs) {
+  stand_in::StandInPhone carelessPhone;  // complains about what is left open
+  AttachedPhone attached;
+  stand_in::SetCurrentPhone(&carelessPhone);
+  {
+    DeviceManager manager;
+    manager.bridge = std::move(attached.bridge);
+    ASSERT_TRUE(manager.OpenSession());
+    carelessPhone.ForgetLog();
+    manager.bridge->coreFoundationModule = nullptr;
+    manager.bridge->mobileDeviceModule = nullptr;
+  }
+  EXPECT_THAT(carelessPhone.Log(), IsEmpty());
 }
 
 TEST(Session, WithoutTheCancellingEntryPointASubscriptionIsLeft) {

@@ -15,9 +15,14 @@ namespace fs = std::filesystem;
 using portable::CurrentMachine;
 using portable::HostPath;
 
+static std::ptrdiff_t CountDescriptors() {
+  return std::distance(fs::directory_iterator("/proc/self/fd"), {});
+}
+
 struct TestMachine::State {
   fs::path folder;  // holds a folder for each drive, and local/
   portable::OpenHandles handlesAtStart = portable::CountOpenHandles();
+  std::ptrdiff_t descriptorsAtStart = CountDescriptors();
 };
 
 TestMachine::TestMachine() : state_(std::make_unique<State>()) {
@@ -34,6 +39,7 @@ TestMachine::TestMachine() : state_(std::make_unique<State>()) {
 
 TestMachine::~TestMachine() {
   EXPECT_TRUE(portable::CountOpenHandles() == state_->handlesAtStart) << "a handle is still open";
+  EXPECT_EQ(CountDescriptors(), state_->descriptorsAtStart) << "a file is still open";
   portable::SetCurrentMachine({});
   fs::remove_all(state_->folder);
 }
@@ -43,8 +49,7 @@ void TestMachine::AttachDevice(unsigned productId, std::string_view serial) {
 }
 
 void TestMachine::DetachDevices() {
-  CurrentMachine().localMachine.At("SYSTEM\\CurrentControlSet\\Enum\\USB").subkeys.clear();
-  CurrentMachine().devicePaths.clear();
+  CurrentMachine().DetachUsbDevices();
 }
 
 void TestMachine::AddRegistryKey(std::string_view keyPath) {
