@@ -62,16 +62,6 @@ TEST(Listing, IsBreadthFirstInTheOrderOfThePhone) {
   EXPECT_THAT(phone.Files(), ElementsAre("/top", "/z/first", "/a/x", "/z/deep/last", "/a/b/y"));
 }
 
-TEST(Listing, OfAnEmptyPhoneIsItsRoot) {
-  OpenPhone phone;
-  Paths folders = {"left from before"};
-  Paths files = {"left from before"};
-  EXPECT_EQ(phone.bridge->ListFolders("/", folders), 1);
-  EXPECT_THAT(folders, ElementsAre("/"));
-  EXPECT_EQ(phone.bridge->ListFiles(folders, files), 1);
-  EXPECT_THAT(files, IsEmpty());
-}
-
 TEST(Listing, OpensEachFolderAndReadsEachEntryTwice) {
   const auto files = std::make_shared<MemoryFiles>();
   for (int folder = 0; folder < 500; ++folder) {
@@ -245,17 +235,6 @@ TEST(Copying, FailsWithAnEmptyFileWhenThePhoneRefuses) {
   EXPECT_EQ(phone.Copy("/file"), "abc");
 }
 
-TEST(Copying, EndsWhenThePhoneIsUnpluggedAndSucceedsAfterwards) {
-  const std::string bytes = Bytes(100000);
-  const auto files = std::make_shared<MemoryFiles>();
-  files->AddFile("/file", bytes);
-  OpenPhone phone(files);
-  phone.phone.setUp.failures["AFCFileRefRead"] = {.skip = 2, .count = UINT_MAX};
-  EXPECT_TRUE(phone.Copy("/file", 0) == bytes.substr(0, 2 * 24576));
-  phone.phone.setUp.failures.clear();
-  EXPECT_TRUE(phone.Copy("/file") == bytes);
-}
-
 TEST(Copying, RefusesAReadThatDeliversMoreThanWasAskedFor) {
   const auto files = std::make_shared<MemoryFiles>();
   files->AddFile("/file", "abc");
@@ -266,14 +245,6 @@ TEST(Copying, RefusesAReadThatDeliversMoreThanWasAskedFor) {
     return 0;
   };
   EXPECT_EQ(phone.Copy("/file", 0), "");
-}
-
-TEST(Copying, TouchesNothingWhenTheLocalFileCannotBeOpened) {
-  const auto files = std::make_shared<MemoryFiles>();
-  files->AddFile("/file", "abc");
-  OpenPhone phone(files);
-  EXPECT_EQ(phone.bridge->CopyDeviceFile(phone.machine.LocalPath("no folder/copy"), "/file"), 0);
-  EXPECT_THAT(phone.phone.Log(), IsEmpty());
 }
 
 void ExpectFileOperationsRefused(AttachedPhone& attached, bool listing, bool copying) {

@@ -69,28 +69,29 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
   Install(kBinFolder, "CoreFoundation.dll");
   Install(kApplicationSupport, "CoreFoundation.dll");
   Install(kDeviceSupport, "iTunesMobileDevice.dll");
-  const std::vector<std::string> applicationFiles = {
-      "ASL.dll",     "CFNetwork.dll",  "Foundation.dll", "icudt40.dll",
-      "icuin40.dll", "icuuc40.dll",    "libtidy.dll",    "libxml2.dll",
-      "objc.dll",    "pthreadVC2.dll", "SQLite3.dll"};
   // "libeay32.dll" is missing, which nobody minds.
-  const std::vector<std::string> deviceFiles = {"DeviceLink.dll", "AppleMobileBackup.exe",
-                                                "AppleMobileBackup_main.dll", "MobileDevice.dll",
-                                                "ssleay32.dll"};
-  for (const std::string& name : applicationFiles) {
-    machine_.WriteFile(kApplicationSupport + name, "new " + name);
+  const struct {
+    std::string folder;
+    std::vector<std::string> names;
+  } sources[] = {
+      {kApplicationSupport,
+       {"ASL.dll", "CFNetwork.dll", "Foundation.dll", "icudt40.dll", "icuin40.dll", "icuuc40.dll",
+        "libtidy.dll", "libxml2.dll", "objc.dll", "pthreadVC2.dll", "SQLite3.dll",
+        "Foundation.resources\\1", "Foundation.resources\\a\\b\\c\\2",
+        "CoreFoundation.resources\\3"}},
+      {kDeviceSupport,
+       {"DeviceLink.dll", "AppleMobileBackup.exe", "AppleMobileBackup_main.dll", "MobileDevice.dll",
+        "ssleay32.dll", "AppleMobileBackup.resources\\c\\d"}},
+      {GetApplicationFolder() + "\\", {"zlib1.dll", "OrvendelHelper.exe"}},
+  };
+  for (const auto& [folder, names] : sources) {
+    for (const std::string& name : names) machine_.WriteFile(folder + name, "new " + name);
   }
-  for (const std::string& name : deviceFiles)
-    machine_.WriteFile(kDeviceSupport + name, "new " + name);
-  const std::vector<std::string> hostFiles = {"zlib1.dll", "OrvendelHelper.exe"};
-  for (const std::string& name : hostFiles) {
-    machine_.WriteFile(GetApplicationFolder() + "\\" + name, "new " + name);
+  machine_.AddFolder(std::string(kApplicationSupport) + "Foundation.resources\\a\\empty");
+  machine_.WriteFile(std::string(kApplicationSupport) + "Other.resources\\4", "no part of it");
+  for (const char* name : {"ASL.dll", "kept", "Foundation.resources\\1"}) {
+    machine_.WriteFile(std::string(kWorkFolder) + name, "from an earlier run");
   }
-  const std::vector<std::string> trees = {"Foundation.resources\\en\\a.strings",
-                                          "CoreFoundation.resources\\b.strings"};
-  for (const std::string& file : trees) machine_.WriteFile(kApplicationSupport + file, "tree");
-  machine_.WriteFile(std::string(kDeviceSupport) + "AppleMobileBackup.resources\\c\\d", "tree");
-  machine_.WriteFile(std::string(kWorkFolder) + "ASL.dll", "from an earlier run");
   {
     MobileDeviceBridge bridge;
     EXPECT_TRUE(bridge.LibrariesLoaded());
@@ -99,20 +100,25 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
     EXPECT_EQ(bridge.Connect(true), 1);
     bridge.Disconnect();
   }
-  for (const auto* names : {&applicationFiles, &deviceFiles, &hostFiles}) {
-    for (const std::string& name : *names) {
+  for (const auto& [folder, names] : sources) {
+    for (const std::string& name : names) {
       EXPECT_EQ(machine_.ReadFile(kWorkFolder + name), "new " + name);
     }
   }
-  for (const std::string& file : trees) EXPECT_EQ(machine_.ReadFile(kWorkFolder + file), "tree");
-  EXPECT_TRUE(machine_.Exists(std::string(kWorkFolder) + "AppleMobileBackup.resources\\c\\d"));
-  EXPECT_TRUE(machine_.Exists(std::string(kWorkFolder) + "CFNetwork.resources"));
+  // "CFNetwork.resources" does not exist, and becomes an empty folder.
+  for (const char* path : {"CFNetwork.resources", "Foundation.resources\\a\\empty", "kept"}) {
+    EXPECT_TRUE(machine_.Exists(std::string(kWorkFolder) + path)) << path;
+  }
+  EXPECT_FALSE(machine_.Exists(std::string(kWorkFolder) + "Other.resources"));
   EXPECT_FALSE(IsLibraryLoaded(std::string(kWorkFolder) + "iTunesMobileDevice.dll"));
   EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "CoreFoundation.dll"));
 }
 
+// The common files of 32-bit programs are everyone's where there is but one folder of them.
 TEST_F(Bridge, StaysWithoutLibrariesWhenTheWorkFolderHasNoneThatLoads) {
-  machine_.WriteFile(std::string(kDeviceSupport) + "iTunesMobileDevice.dll", "no library");
+  machine_.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMONX86, "");
+  machine_.WriteFile("C:\\Common\\Apple\\Mobile Device Support\\iTunesMobileDevice.dll",
+                     "no library");
   const MobileDeviceBridge bridge;
   EXPECT_FALSE(bridge.LibrariesLoaded());
   EXPECT_EQ(bridge.loadedFromWorkFolder, 1);

@@ -5,6 +5,7 @@
 #include "interface/device_manager.h"
 #include "support/database_bytes.h"
 #include "support/test_machine.h"
+#include "usb/usb_device_list.h"
 
 namespace quaylink::test {
 namespace {
@@ -132,20 +133,28 @@ TEST_F(DiskRoadTest, TheFirstDeviceListedDecidesTheRoad) {
 }
 
 TEST_F(DiskRoadTest, PhonesAndNoOtherProductsLeadToTheMobileRoad) {
+  // Each product's type code is its place here.
   const struct {
     unsigned productId;
     bool isPhone;
-  } cases[] = {{0x1290, true},  {0x1291, true},  {0x1292, true},  {0x1293, true},
-               {0x1294, true},  {0x129A, true},  {0x1201, false}, {0x1262, false},
-               {0x1263, false}, {0x1300, false}, {0x1301, false}};
+  } products[] = {{0x1201, false}, {0x1203, false}, {0x1204, false}, {0x1205, false},
+                  {0x1209, false}, {0x120A, false}, {0x1260, false}, {0x1261, false},
+                  {0x1262, false}, {0x1290, true},  {0x1291, true},  {0x1292, true},
+                  {0x1300, false}, {0x1301, false}, {0x1263, false}, {0x1293, true},
+                  {0x1294, true},  {0x129A, true}};
   AddPlayerDrive('F');
-  for (const auto& c : cases) {
+  int typeCode = 0;
+  for (const auto& [productId, isPhone] : products) {
+    SCOPED_TRACE(productId);
     machine.DetachDevices();
-    machine.AttachDevice(c.productId);
+    machine.AttachDevice(productId);
+    UsbDeviceList list;
+    ASSERT_EQ(list.Enumerate(), 1);
+    EXPECT_EQ(list.TypeAt(0), typeCode++);
     DeviceManager fresh;
     EXPECT_TRUE(fresh.Detect());
-    EXPECT_EQ(fresh.bridge != nullptr, c.isPhone) << std::hex << c.productId;
-    EXPECT_EQ(fresh.driveLetter, c.isPhone ? 0 : 'F') << std::hex << c.productId;
+    EXPECT_EQ(fresh.bridge != nullptr, isPhone);
+    EXPECT_EQ(fresh.driveLetter, isPhone ? 0 : 'F');
   }
 }
 

@@ -38,13 +38,6 @@ TEST(AlbumListTest, AlbumsComeBackWithTheirFieldsAndUsualHeaders) {
   EXPECT_EQ(WrittenBytes(list), ListBytes("mhla", 1, ChunkBytes("mhia", 88, fields, objects)));
 }
 
-TEST(AlbumListTest, AnEmptyListIsItsHeader) {
-  Arena arena;
-  AlbumListChunk list(arena);
-  EXPECT_EQ(ReadBytes(list, ListBytes("mhla", 0, "", 60)).result, 60);
-  EXPECT_EQ(WrittenBytes(list), ListBytes("mhla", 0, ""));
-}
-
 TEST(AlbumListTest, FailedItemsAreKeptAndFailedObjectsDoNotTouchTheItemsResult) {
   Arena arena;
   AlbumListChunk list(arena);

@@ -59,13 +59,6 @@ TEST_F(Waiting, APhoneAnnouncedAfterTheLastTestIsCancelledOnceAndKnownToTheNextA
   attached_.bridge->Disconnect();
 }
 
-TEST_F(Waiting, ANotificationWithoutADeviceIsNoPhone) {
-  attached_.phone.setUp.announcesNullDevice = true;
-  AnnounceAtWait(3);
-  EXPECT_EQ(attached_.bridge->Connect(true), 0);
-  EXPECT_EQ(CountCancellations(), 1U);
-}
-
 TEST_F(Waiting, LooksAtAnotherWordWithTheLibrariesOfTheWorkFolder) {
   for (const bool fromWorkFolder : {false, true}) {
     for (const bool rightWord : {false, true}) {
@@ -80,16 +73,6 @@ TEST_F(Waiting, LooksAtAnotherWordWithTheLibrariesOfTheWorkFolder) {
       attached_.bridge->Disconnect();
     }
   }
-}
-
-TEST_F(Waiting, ARefusedConnectionKeepsThePhoneKnown) {
-  AnnounceAtWait(1);
-  attached_.phone.setUp.failures["AMDeviceConnect"] = {};
-  EXPECT_EQ(attached_.bridge->Connect(true), 0);
-  EXPECT_EQ(attached_.bridge->Connect(true), 1);
-  EXPECT_THAT(waits_, SizeIs(1));
-  EXPECT_EQ(CountCancellations(), 2U);
-  attached_.bridge->Disconnect();
 }
 
 // Run under the thread sanitizer, this shows that the record is published whole. The stand-in

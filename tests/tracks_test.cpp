@@ -62,6 +62,7 @@ TEST(TrackItemTest, ATailLongerThanTheFileIsHeldAsFarAsItGoes) {
   EXPECT_EQ(item.headerLength, 392u);
   EXPECT_EQ(item.headerTail.size(), 4u);
   EXPECT_EQ(item.DataObjectCount(), 0);
+  EXPECT_THROW(item.DataObjectAt(0), std::out_of_range);
 }
 
 TEST(TrackItemTest, ANewItemIsWrittenWithTheFullHeader) {

@@ -28,9 +28,6 @@ extern int failures;
 void Expect(int met, const char* expectation);
 #define EXPECT(condition) Expect((condition) != 0, #condition)
 
-/* Without a manager every function gives its failure result. */
-void ExpectNoManager(const Library* library, const char* databasePath);
-
 /* The library's whole life on a computer without a device: from no manager to no manager. */
 void RunHostSteps(const Library* library, const char* databasePath, int32_t trackCount);
 
