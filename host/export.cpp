@@ -1,6 +1,7 @@
 #include "host/export.h"
 
 #include <algorithm>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -11,6 +12,13 @@
 #include "host/system.h"
 
 namespace quaylink::host {
+
+namespace {
+
+constexpr std::string_view kFinishing =
+    "Finishing this copy; press Ctrl-C again to stop at once.\n";
+
+}  // namespace
 
 namespace fs = std::filesystem;
 
@@ -46,16 +54,19 @@ int Exporter::ShowPlan() {
 
 int Exporter::Run() {
   const bool barShown = !program_.quiet && IsTerminal(Stream::kError);
+  // A person who watches the bar needs no line for each track.
+  tellsCopies_ =
+      !json_ && !program_.quiet && (program_.verbose || !(barShown && IsTerminal(Stream::kOutput)));
   // From here on a copy under way is finished first.
-  DeferInterrupts();
+  DeferInterrupts(program_.quiet ? "" : kFinishing);
   {
     ProgressBar bar(report_.items.size(), barShown);
     for (std::size_t i = 0; i < report_.items.size() && !InterruptRequested(); ++i) {
       ExportItem& item = report_.items[i];
       bar.Show(i, NameOf(item.track));
       const bool goesOn = Copy(item);
-      if (item.fate == Fate::kFailed || !barShown || !IsTerminal(Stream::kOutput)) bar.Clear();
-      Tell(item, barShown);
+      if (item.fate == Fate::kFailed || tellsCopies_) bar.Clear();
+      Tell(item);
       if (!goesOn) break;
     }
   }
@@ -84,20 +95,21 @@ bool Exporter::Copy(ExportItem& item) {
   } else {
     result = CopyBeside(library_.TrackJob(item.track), file);
   }
+  // Without its device every copy would fail, on a phone after a wait.
+  deviceGone_ = !result.Good() && !result.diskFull && !library_.Connect();
+  if (deviceGone_) result.problem = "the device has gone away, or does not answer any more";
   item.problem = result.problem;
   item.fate = result.Good() ? Fate::kCopied : Fate::kFailed;
   if (result.Good()) {
     const std::uintmax_t size = fs::file_size(file, error);
     if (!error) report_.copiedBytes += size;
   }
-  return !result.diskFull;
+  return !result.diskFull && !deviceGone_;
 }
 
-void Exporter::Tell(const ExportItem& item, bool barShown) const {
+void Exporter::Tell(const ExportItem& item) const {
   if (item.fate == Fate::kFailed) program_.Complain(NameOf(item.track) + ": " + item.problem);
-  // A person who watches the bar needs no line for each track.
-  const bool watched = barShown && IsTerminal(Stream::kOutput);
-  if (json_ || program_.quiet || (watched && !program_.verbose)) return;
+  if (!tellsCopies_) return;
   if (item.fate == Fate::kCopied) program_.Print("copied   " + item.path + '\n');
   if (item.fate == Fate::kSkipped && program_.verbose)
     program_.Print("skipped  " + item.path + '\n');
@@ -122,9 +134,11 @@ void Exporter::Summarise() const {
                    (pending == 0 ? "" : ", " + std::to_string(pending) + " not reached") + '\n');
   }
   if (pending + failed == 0) return;
-  program_.Note(InterruptRequested()
-                    ? "Interrupted. Run the same command again to copy the rest."
-                    : "What failed is named above. Run the same command again to copy just that.");
+  const std::string begin = InterruptRequested() && pending > 0 ? "Interrupted."
+                            : deviceGone_                       ? "Attach the device again."
+                                                                : "What failed is named above.";
+  program_.Note(begin + " Run the same command again to copy " +
+                (pending > 0 ? "the rest." : "just that."));
 }
 
 }  // namespace quaylink::host

@@ -49,12 +49,14 @@ class Exporter {
   bool IsFinished(const ExportItem& item) const;
   // False when going on is of no use.
   bool Copy(ExportItem& item);
-  void Tell(const ExportItem& item, bool barShown) const;
+  void Tell(const ExportItem& item) const;
   void Summarise() const;
 
   const Program& program_;
   const Library& library_;
   bool json_;
+  bool tellsCopies_ = false;
+  bool deviceGone_ = false;
   ExportReport report_;
 };
 

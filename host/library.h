@@ -36,11 +36,10 @@ class Library {
 
   // Looks for an attached device.
   DeviceKind FindDevice();
-  // Opens the connection that a phone needs, which stays open for the calls that follow; true at
-  // once for a player in disk mode.
+  // Looks for a device, and opens the connection that a phone needs, which stays open for the calls
+  // that follow. False when there is no device, or when it does not answer.
   bool Connect() const;
-  // Both of these; fails with advice when there is no device, or when it does not answer. Comes
-  // before everything below that works on a device.
+  // Both of these, failing with advice. Comes before everything below that works on a device.
   DeviceKind RequireDevice();
 
   CopyJob DatabaseJob() const;

@@ -45,11 +45,13 @@ std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t
 // Creates a new empty file in the system's folder for temporary files.
 std::filesystem::path CreateTemporaryFile();
 
-// From now on Ctrl-C removes the file set here (none when empty), and ends the program.
+// From now on Ctrl-C removes the file set here (none when empty), and ends the program. Windows
+// does not let go of a file while the library writes it: one that is being copied stays there.
 void HandleInterrupts();
 void SetRemovedOnInterrupt(const std::filesystem::path& path);
-// From now on the first Ctrl-C only makes InterruptRequested true; a second one ends the program.
-void DeferInterrupts();
+// From now on the first Ctrl-C only makes InterruptRequested true, and writes a notice to the error
+// stream; a second one ends the program. The notice is never freed.
+void DeferInterrupts(std::string_view notice);
 bool InterruptRequested();
 
 }  // namespace quaylink::host

@@ -22,10 +22,20 @@ std::array<char, 4096> removedPath;
 volatile std::sig_atomic_t removesPath = 0;
 volatile std::sig_atomic_t defersInterrupts = 0;
 volatile std::sig_atomic_t interruptRequested = 0;
+std::string_view interruptNotice;  // set before interrupts are deferred
+
+void WriteAtOnce(std::string_view text) {
+  [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, text.data(), text.size());
+}
 
 extern "C" void OnInterrupt(int signalNumber) {
   if (defersInterrupts != 0 && interruptRequested == 0) {
     interruptRequested = 1;
+    const int codeBefore = errno;
+    // Behind the "^C" that a terminal shows, which may stand in a line of the progress bar.
+    if (!interruptNotice.empty() && isatty(STDERR_FILENO) == 1) WriteAtOnce("\n");
+    WriteAtOnce(interruptNotice);
+    errno = codeBefore;
     return;
   }
   if (removesPath != 0) unlink(removedPath.data());
@@ -142,7 +152,8 @@ void SetRemovedOnInterrupt(const std::filesystem::path& path) {
   removesPath = 1;
 }
 
-void DeferInterrupts() {
+void DeferInterrupts(std::string_view notice) {
+  interruptNotice = notice;
   defersInterrupts = 1;
 }
 

@@ -19,11 +19,17 @@ std::wstring removedPath;
 std::atomic<bool> removesPath = false;
 std::atomic<bool> defersInterrupts = false;
 std::atomic<bool> interruptRequested = false;
+std::string interruptNotice;  // set before interrupts are deferred
 
 constexpr UINT kInterruptedStatus = 130;
 
 BOOL WINAPI OnInterrupt(DWORD event) {
-  if (event == CTRL_C_EVENT && defersInterrupts && !interruptRequested.exchange(true)) return TRUE;
+  if (event == CTRL_C_EVENT && defersInterrupts && !interruptRequested.exchange(true)) {
+    const bool terminal = !interruptNotice.empty() && IsTerminal(Stream::kError);
+    Write(Stream::kError, (terminal ? "\n" : "") + interruptNotice);
+    return TRUE;
+  }
+  // Fails while the library has the file open.
   if (removesPath) DeleteFileW(removedPath.c_str());
   ExitProcess(kInterruptedStatus);
 }
@@ -181,7 +187,8 @@ void SetRemovedOnInterrupt(const std::filesystem::path& path) {
   removesPath = !removedPath.empty();
 }
 
-void DeferInterrupts() {
+void DeferInterrupts(std::string_view notice) {
+  interruptNotice = notice;
   defersInterrupts = true;
 }
 

@@ -195,7 +195,7 @@ class Export(HostTest):
         self.run_program("export", self.out)
         self.check_export()
 
-    def test_player_that_goes_away_fails_the_rest_by_name(self):
+    def test_player_that_goes_away_ends_the_export(self):
         blocked = BlockedTrack(self.music("F00/BBBB.mp3"))
         process = self.start("export", self.out)
         blocked.wait_for_reader()
@@ -203,11 +203,10 @@ class Export(HostTest):
         blocked.send(contents_of(1))
         output, errors = (text.decode() for text in process.communicate(timeout=60))
         self.assertEqual(process.returncode, 1)
-        self.assertIn("2 copied", output)
-        self.assertIn("3 failed", output)
-        for name in ("AC/DC - What?: it", r"F:\iPod_Control\Music\F01\DDDD.wav: it",
-                     "Björk - Hyper-ballad: it"):
-            self.assertIn(name, errors)
+        self.assertIn("2 copied (60.0 kB), 0 already there, 1 failed, 2 not reached", output)
+        self.assertEqual(errors, "quaylink: AC/DC - What?: the device has gone away, or does not "
+                         "answer any more\nAttach the device again. Run the same command again to "
+                         "copy the rest.\n")
         self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
         (self.folder / "unplugged").rename(self.machine.drive)
         self.run_program("export", self.out)
@@ -222,7 +221,8 @@ class Export(HostTest):
         output, errors = (text.decode() for text in process.communicate(timeout=60))
         self.assertEqual(process.returncode, 130)
         self.assertIn("2 copied (60.0 kB), 0 already there, 0 failed, 3 not reached", output)
-        self.assertIn("Run the same command again", errors)
+        self.assertEqual(errors, "Finishing this copy; press Ctrl-C again to stop at once.\n"
+                         "Interrupted. Run the same command again to copy the rest.\n")
         self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
         blocked.file.unlink()
         blocked.file.write_bytes(contents_of(1))
