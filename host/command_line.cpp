@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 #include "host/commands.h"
+#include "host/system.h"
+#include "host/utf8.h"
 
 namespace quaylink::host {
 namespace {
@@ -162,6 +165,13 @@ void AddPullCommand(CLI::App& app, Command& chosen) {
       "    while IFS= read -r f; do quaylink pull \"$f\" ~/Pictures/phone; done");
 }
 
+Failure UsageFailure(const CLI::App& app, const std::string& reason) {
+  std::string help = "quaylink ";
+  for (const CLI::App* command : app.get_subcommands()) help += command->get_name() + ' ';
+  return Failure(
+      "the command line is wrong: " + MakePrintable(reason) + "; see '" + help + "--help'", kUsage);
+}
+
 }  // namespace
 
 Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
@@ -171,14 +181,15 @@ Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
   app.add_flag("-v,--verbose", program.verbose, "Print more of what is done")->excludes("--quiet");
   // A phone's paths begin with "/", as options do elsewhere on Windows.
   app.allow_windows_style_options(false);
-  app.require_subcommand(1);
+  app.require_subcommand(0, 1);
   app.fallthrough();
   app.footer(
       "Examples:\n"
       "  quaylink status              is a player attached?\n"
       "  quaylink tracks              list its music\n"
       "  quaylink export ~/Music      copy all of it\n\n"
-      "'quaylink COMMAND --help' tells more of a command, 'man quaylink' everything.");
+      "'quaylink COMMAND --help' tells more of a command, " +
+      std::string(kWholeManual) + " everything.");
   Command chosen;
   AddStatusCommand(app, chosen);
   AddTracksCommand(app, chosen);
@@ -191,10 +202,17 @@ Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
     // The parser takes the arguments last one first.
     std::reverse(arguments.begin(), arguments.end());
     app.parse(std::move(arguments));
+  } catch (const CLI::Success& request) {
+    std::ostringstream text;
+    app.exit(request, text);
+    return [text = text.str()](const Program& asked) {
+      asked.Print(text);
+      return kSuccess;
+    };
   } catch (const CLI::ParseError& error) {
-    const int status = app.exit(error) == 0 ? kSuccess : kUsage;
-    return [status](const Program&) { return status; };
+    throw UsageFailure(app, error.what());
   }
+  if (!chosen) throw UsageFailure(app, "a command is missing");
   return chosen;
 }
 

@@ -13,8 +13,8 @@ namespace quaylink::host {
 using Command = std::function<int(const Program&)>;
 
 // The command that the arguments ask for, its options taken in; what they say for every command
-// goes into `program`. Where they only ask for help, or are wrong, that has been printed already,
-// and the command does nothing but give the status.
+// goes into `program`. Where they only ask for help, the command prints that. Fails where they are
+// wrong.
 Command ReadCommandLine(std::vector<std::string> arguments, Program& program);
 
 }  // namespace quaylink::host

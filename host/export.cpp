@@ -91,7 +91,7 @@ bool Exporter::Copy(ExportItem& item) {
   fs::create_directories(file.parent_path(), error);
   CopyResult result;
   if (error) {
-    result.problem = Shown(file.parent_path()) + ": the folder cannot be made: " + error.message();
+    result.problem = Shown(file.parent_path()) + ": the folder cannot be made: " + ReasonOf(error);
   } else {
     result = CopyBeside(library_.TrackJob(item.track), file);
   }

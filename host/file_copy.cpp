@@ -38,7 +38,7 @@ class UnfinishedFile {
 };
 
 CopyResult LocalProblem(const std::string& name, const std::error_code& error) {
-  const std::string text = name + ": cannot be written: " + error.message();
+  const std::string text = name + ": cannot be written: " + ReasonOf(error);
   const bool full = error == std::errc::no_space_on_device;
   return {full ? text + "; free some space and run again" : text, full};
 }
@@ -81,8 +81,7 @@ CopyResult Check(const CopyJob& job, const fs::path& file, const std::string& na
 CopyResult CopyTo(const CopyJob& job, const fs::path& file, const std::string& name) {
   const std::optional<std::string> localPath = LocalPathForLibrary(file);
   if (!localPath) {
-    return {name + ": this system's code page lacks a character of the name; choose another",
-            false};
+    return {LacksCharacter(name), false};
   }
   // The library tells no reasons: whether the destination can be written shows beforehand.
   if (const auto error = CreateEmpty(file)) return LocalProblem(name, error);

@@ -12,7 +12,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 std::string Text(const Json& value) {
-  return value.dump(2) + '\n';
+  return value.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 const char* KindName(DeviceKind kind) {
@@ -30,7 +30,7 @@ const char* FateName(Fate fate, bool planned) {
     case Fate::kPending:
       break;
   }
-  return planned ? "planned" : "not reached";
+  return planned ? "planned" : "notReached";
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ std::string ExportJson(const ExportReport& report) {
                   {"album", item.track.album},
                   {"title", item.track.title},
                   {"location", item.track.location},
-                  {"file", Shown(report.FileOf(item))},
+                  {"file", TextOf(report.FileOf(item))},
                   {"result", FateName(item.fate, report.planned)}};
     if (!item.problem.empty()) track["error"] = item.problem;
     tracks.push_back(std::move(track));

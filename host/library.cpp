@@ -28,7 +28,7 @@ std::string ProblemWith(const fs::path& file, bool hasTracks) {
   errno = 0;
   std::ifstream stream(file, std::ios::binary);
   if (!stream) {
-    return "cannot be opened: " + std::error_code(errno, std::generic_category()).message();
+    return "cannot be opened: " + ReasonOf({errno, std::generic_category()});
   }
   std::array<char, 12> header = {};
   stream.read(header.data(), header.size());
@@ -76,23 +76,41 @@ class TemporaryFile {
     try {
       path_ = CreateTemporaryFile();
     } catch (const fs::filesystem_error& error) {
-      throw Failure("no temporary file can be made: " + error.code().message());
+      throw Failure("no temporary file can be made: " + ReasonOf(error.code()));
+    }
+    if (!LocalPathForLibrary(path_)) {
+      Remove();
+      throw Failure(Shown(path_.parent_path()) +
+                    ": this system's code page lacks a character of the temporary folder's name; "
+                    "set TMP to another folder");
     }
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
   ~TemporaryFile() {
     SetRemovedOnInterrupt({});
-    std::error_code ignored;
-    fs::remove(path_, ignored);
+    Remove();
   }
   const fs::path& Path() const { return path_; }
 
  private:
+  void Remove() const {
+    std::error_code ignored;
+    fs::remove(path_, ignored);
+  }
+
   fs::path path_;
 };
 
 }  // namespace
+
+std::string AdviceFor(DeviceKind kind) {
+  if (kind != DeviceKind::kPhone) {
+    return "no Apple device is attached. Is the player in disk mode and mounted, or the phone "
+           "plugged in?";
+  }
+  return "the phone does not answer. " + std::string(kPhoneAdvice);
+}
 
 Library::Library(const Program& program) : program_(program) {
   if (InitializeIPod() == 0) throw Failure("there is not enough memory");
@@ -118,8 +136,7 @@ bool Library::Connect() const {
 }
 
 DeviceKind Library::RequireDevice() {
-  if (FindDevice() == DeviceKind::kNone) throw Failure(kNoDevice);
-  if (!Connect()) throw Failure(kNoAnswer);
+  if (FindDevice() == DeviceKind::kNone || !Connect()) throw Failure(AdviceFor(kind_));
   return kind_;
 }
 
@@ -161,7 +178,7 @@ CopyJob Library::FileJob(const std::string& devicePath) const {
 
 Database Library::ReadDatabase(const fs::path& file, const std::string& name) const {
   const std::optional<std::string> path = LocalPathForLibrary(file);
-  if (!path) throw Failure(name + ": this system's code page lacks a character of the name");
+  if (!path) throw Failure(LacksCharacter(name));
   const int32_t count = ParseITunesDB(path->c_str(), 0, nullptr);
   std::vector<TrackRecord> records(static_cast<std::size_t>(std::max(count, 0)));
   if (count > 0)

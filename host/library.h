@@ -11,14 +11,10 @@
 
 namespace quaylink::host {
 
-// Advice for a user without a device, and for one whose phone does not answer.
-inline constexpr const char* kNoDevice =
-    "no Apple device is attached. Is the player in disk mode and mounted, or the phone plugged in?";
-inline constexpr const char* kNoAnswer =
-    "the phone does not answer. Unlock it and let it trust this computer; its maker's device "
-    "software must be installed.";
-
 enum class DeviceKind { kNone, kDisk, kPhone };
+
+// Advice for a user whose phone does not answer, or who has no device.
+std::string AdviceFor(DeviceKind kind);
 
 struct Database {
   std::vector<Track> tracks;

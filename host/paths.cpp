@@ -1,5 +1,6 @@
 #include "host/paths.h"
 
+#include "host/system.h"
 #include "host/utf8.h"
 
 namespace quaylink::host {
@@ -8,9 +9,21 @@ std::filesystem::path PathOf(std::string_view text) {
   return std::u8string(text.begin(), text.end());
 }
 
-std::string Shown(const std::filesystem::path& path) {
+std::string TextOf(const std::filesystem::path& path) {
   const std::u8string text = path.u8string();
-  return MakePrintable(std::string(text.begin(), text.end()));
+  return MakeValid(std::string(text.begin(), text.end()));
+}
+
+std::string Shown(const std::filesystem::path& path) {
+  return MakePrintable(TextOf(path));
+}
+
+std::string ReasonOf(const std::error_code& error) {
+  return FromLibrary(error.message());
+}
+
+std::string LacksCharacter(const std::string& name) {
+  return name + ": this system's code page lacks a character of the name; choose another";
 }
 
 }  // namespace quaylink::host

@@ -14,10 +14,9 @@ int ShowStatus(const Program& program, const StatusOptions& options) {
     program.Print("A player in disk mode is attached; its drive has been found.\n");
   } else if (reachable) {
     program.Print("A phone is attached and answers.\n");
-  } else {
-    program.Complain(kind == DeviceKind::kNone ? kNoDevice : kNoAnswer);
   }
-  return reachable ? kSuccess : kFailure;
+  if (!reachable) throw Failure(AdviceFor(kind));
+  return kSuccess;
 }
 
 }  // namespace quaylink::host

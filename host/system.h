@@ -12,13 +12,18 @@
 
 namespace quaylink::host {
 
+// Where a user of this system finds everything about the program, for a sentence.
+extern const std::string_view kWholeManual;
+// What a user of this system can do when a phone does not answer.
+extern const std::string_view kPhoneAdvice;
+
 enum class Stream { kOutput, kError };
 
 // The program's arguments in UTF-8, without its name.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-// Prepares the terminal for colours where it must be asked.
-void PrepareTerminal();
+// Makes the output streams take texts as they are.
+void PrepareOutput();
 bool IsTerminal(Stream stream);
 // True on a terminal that shows colours to a user who has not forbidden them (NO_COLOR).
 bool ShowsColours(Stream stream);
@@ -27,7 +32,7 @@ std::size_t TerminalWidth(Stream stream);
 // Writes a UTF-8 text; false when it could not be written whole.
 bool Write(Stream stream, std::string_view text);
 
-// A text or local path that the library hands out, in UTF-8, and valid.
+// A text or local path that the library or the system hands out, in UTF-8, and valid.
 std::string FromLibrary(std::string_view text);
 // A text as the library takes it; nothing when the system's code page lacks a character of it.
 std::optional<std::string> ToLibrary(std::string_view text);

@@ -15,6 +15,11 @@
 #include "host/utf8.h"
 
 namespace quaylink::host {
+
+const std::string_view kWholeManual = "'man quaylink'";
+const std::string_view kPhoneAdvice =
+    "A phone's files are reached on Windows only, with its maker's device software.";
+
 namespace {
 
 // What the signal handler reads. The path is written while no file is set.
@@ -69,7 +74,7 @@ std::vector<std::string> Arguments(int argc, char** argv) {
   return {argv + 1, argv + argc};
 }
 
-void PrepareTerminal() {}
+void PrepareOutput() {}
 
 bool IsTerminal(Stream stream) {
   return isatty(DescriptorOf(stream)) == 1;

@@ -12,6 +12,11 @@
 #include "host/utf8.h"
 
 namespace quaylink::host {
+
+const std::string_view kWholeManual = "the package's folder doc";
+const std::string_view kPhoneAdvice =
+    "Unlock it and let it trust this computer; its maker's device software must be installed.";
+
 namespace {
 
 // Read by the thread on which the system reports Ctrl-C. The path is written while no file is set.
@@ -85,8 +90,8 @@ std::vector<std::string> Arguments(int, char**) {
   return arguments;
 }
 
-void PrepareTerminal() {
-  // Redirected output is UTF-8 with the line ends that the program writes.
+void PrepareOutput() {
+  // In redirected output too, line ends stay as the program writes them.
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
 }

@@ -94,20 +94,6 @@ class Copies(HostTest):
         self.assertEqual((self.out / "AAAA.m4a").read_bytes(), contents_of(0))
         self.assertEqual(self.exported_files(), ["AAAA.m4a", "What_.mp3", "iTunesDB", "named.mp3"])
 
-    def test_only_a_file_that_is_named_is_replaced(self):
-        self.machine.attach_player()
-        self.out.mkdir()
-        for name, command in {"iTunesDB": ["copy-database"], "What_.mp3": ["copy-track", 1],
-                              "AAAA.m4a": ["pull", r"F:\iPod_Control\Music\F00\AAAA.m4a"]}.items():
-            file = self.out / name
-            file.write_text("mine")
-            self.assertEqual(self.failure(*command, self.out),
-                             f"quaylink: {file}: is there already; "
-                             "name the file itself to replace it\n")
-            self.assertEqual(file.read_text(), "mine")
-            self.run_program(*command, file)
-            self.assertNotEqual(file.read_bytes(), b"mine")
-
     def test_files_says_where_to_look_instead(self):
         self.machine.attach_player()
         output, errors = self.run_program("files", "--json")

@@ -17,17 +17,21 @@ MANUAL = pathlib.Path(os.environ["QUAYLINK_MANUAL"])
 
 
 def documented_messages():
-    """A pattern of everything that the manual page's table of messages allows the program to say."""
+    """The messages of the manual page's table, each with a pattern of the lines that it stands for."""
     section = MANUAL.read_text(encoding="utf-8").split(".SH MESSAGES")[1].split("\n.SH")[0]
-    patterns = []
+    patterns = {}
     for message in re.findall(r"^\.TP\n\.B (.*)$", section, re.MULTILINE):
-        pattern = re.escape(message.replace("\\-", "-"))
-        patterns.append(re.sub(r"\b(FILE|FOLDER|NAME|NUMBER|PATTERN|REASON|TRACK)\b", ".+", pattern))
-    little_space = r"( \(only .+ left on the disk of the copy\))?"
-    return re.compile("quaylink: (.+: )?(" + "|".join(patterns) + ")" + little_space)
+        message = message.replace("\\-", "-")
+        words = r"\b(COMMAND|FILE|FOLDER|NAME|NUMBER|PATTERN|REASON|TRACK)\b"
+        pattern = re.sub(words, ".+", re.escape(message))
+        little_space = r"( \(only .+ left on the disk of the copy\))?"
+        patterns[message] = re.compile(f"quaylink: (.+: )?{pattern}{little_space}")
+    return patterns
 
 
 DOCUMENTED = documented_messages()
+# The messages of the table that the program has printed in this run of the tests.
+SAID = set()
 
 
 def chunk(tag, header_length, fields, body):
@@ -139,18 +143,20 @@ class HostTest(unittest.TestCase):
 
     def start(self, *arguments, **options):
         options.setdefault("env", self.environment())
-        return subprocess.Popen([PROGRAM, *map(str, arguments)], stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, **options)
+        options.setdefault("stdout", subprocess.PIPE)
+        return subprocess.Popen([PROGRAM, *map(str, arguments)], stderr=subprocess.PIPE, **options)
 
     def run_program(self, *arguments, status=0, **options):
         """Runs the program to its end and gives back what it printed on its two streams."""
         process = self.start(*arguments, **options)
         output, errors = process.communicate(timeout=60)
-        output, errors = output.decode(errors="surrogateescape"), errors.decode()
+        output, errors = (output or b"").decode(errors="surrogateescape"), errors.decode()
         self.assertEqual(process.returncode, status, output + errors)
         for line in errors.splitlines():
             if line.startswith("quaylink: "):
-                self.assertRegex(line, DOCUMENTED.pattern + r"\Z", "the manual page lacks this")
+                said = {message for message, pattern in DOCUMENTED.items() if pattern.fullmatch(line)}
+                self.assertTrue(said, f"the manual page lacks this: {line}")
+                SAID.update(said)
         return output, errors
 
     def failure(self, *arguments, status=1, **options):
