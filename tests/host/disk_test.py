@@ -33,9 +33,14 @@ class Tracks(HostTest):
         file.write_bytes(database(TRACKS))
         for options, indices in [(["--artist", "ac/dc"], [1, 2]),
                                  (["--match", "BJÖRK"], [4]),
+                                 (["--match", "IN BLACK"], [1, 2]),
+                                 (["--match", "向かう"], [0]),
                                  (["--album", "post", "--artist", "cell"], []),
                                  (["--sort", "artist"], [3, 1, 2, 4, 0]),
-                                 (["--sort", "title", "--reverse"], [0, 2, 1, 4, 3])]:
+                                 (["--sort", "title", "--reverse"], [0, 2, 1, 4, 3]),
+                                 (["--sort", "album"], [3, 1, 2, 4, 0]),
+                                 (["--sort", "location", "--reverse"], [4, 3, 2, 1, 0]),
+                                 (["--sort", "index", "--reverse"], [4, 3, 2, 1, 0])]:
             output = self.run_program("tracks", file, "--json", *options)[0]
             self.assertEqual([track["index"] for track in json.loads(output)], indices, options)
         self.assertIn("2 of 5 tracks", self.run_program("tracks", file, "--artist", "ac/dc")[0])
