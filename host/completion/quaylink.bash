@@ -4,13 +4,17 @@ _quaylink() {
   local filters="--artist --album --match"
   local word=${COMP_WORDS[COMP_CWORD]}
   local before=${COMP_WORDS[COMP_CWORD - 1]}
-  local command="" candidate options
+  local command="" arguments=0 value="" candidate options
   for candidate in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
+    if [[ -n $value ]]; then
+      value=""
+      continue
+    fi
     case $candidate in
+      --sort | --artist | --album | --match | --name) value=next ;;
       -*) ;;
       *)
-        command=$candidate
-        break
+        if [[ -n $command ]]; then arguments=$((arguments + 1)); else command=$candidate; fi
         ;;
     esac
   done
@@ -32,9 +36,14 @@ _quaylink() {
     mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
   elif [[ -z $command ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$word")
-  elif [[ $command != status && $command != files ]]; then
-    compopt -o filenames 2> /dev/null
-    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+  else
+    # Where a local file or folder stands among the command's arguments.
+    case $command-$arguments in
+      tracks-0 | export-0 | copy-database-0 | copy-track-1 | pull-1)
+        compopt -o filenames 2> /dev/null
+        mapfile -t COMPREPLY < <(compgen -f -- "$word")
+        ;;
+    esac
   fi
 }
 complete -F _quaylink quaylink

@@ -13,6 +13,14 @@ from players import (DOCUMENTED, EXPORTED, SAID, TRACKS, HostTest, contents_of, 
 CLONE_NEWNS = 0x20000
 
 
+def command_names(help_text):
+    return re.findall(r"^  ([a-z][a-z-]+) +[A-Z]", help_text, re.MULTILINE)
+
+
+def option_names(help_text):
+    return sorted(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", help_text, re.MULTILINE))
+
+
 class Failures(HostTest):
     def test_files_that_are_no_database_are_named(self):
         whole = database(TRACKS)
@@ -160,10 +168,45 @@ class Failures(HostTest):
             self.failure(*arguments, status=2)
 
     def test_help_is_there_for_every_command_with_examples(self):
-        commands = re.findall(r"^  ([a-z][a-z-]+) +[A-Z]", self.run_program("--help")[0], re.MULTILINE)
+        commands = command_names(self.run_program("--help")[0])
         self.assertEqual(len(commands), 7)
         for command in commands:
             self.assertIn("Example", self.run_program(command, "--help")[0])
+
+
+class Completion(HostTest):
+    """Compares what the shell offers with what the program's help names."""
+
+    def setUp(self):
+        super().setUp()
+        self.out.mkdir()
+
+    def offered(self, *words):
+        script = ('source "$0"; COMP_WORDS=(quaylink "$@"); COMP_CWORD=$#; _quaylink; '
+                  'printf "%s\\n" "${COMPREPLY[@]}"')
+        completion = os.environ["QUAYLINK_COMPLETION"]
+        shell = subprocess.run(["bash", "-c", script, completion, *words], cwd=self.out,
+                               capture_output=True, check=True)
+        return sorted(shell.stdout.decode().split())
+
+    def test_commands_and_options_are_those_of_the_help(self):
+        whole = self.run_program("--help")[0]
+        everywhere = {"--help", "--quiet", "--verbose"}
+        self.assertEqual(self.offered("-"), sorted({*everywhere, "--version"}))
+        self.assertEqual(self.offered("-"), option_names(whole))
+        commands = command_names(whole)
+        self.assertEqual(self.offered(""), sorted(commands))
+        for command in commands:
+            options = option_names(self.run_program(command, "--help")[0])
+            self.assertEqual(self.offered(command, "-"), sorted({*options, *everywhere}), command)
+
+    def test_local_files_are_offered_where_they_are_asked_for(self):
+        (self.out / "song").touch()
+        for words, offered in [(["tracks"], True), (["-q", "tracks", "--artist", "x"], True),
+                               (["export"], True), (["copy-database"], True), (["status"], False),
+                               (["copy-track"], False), (["copy-track", "1"], True),
+                               (["pull"], False), (["pull", "/x"], True), (["files"], False)]:
+            self.assertEqual(self.offered(*words, ""), ["song"] if offered else [], words)
 
 
 class ManualPage(unittest.TestCase):
