@@ -53,9 +53,9 @@ std::u16string_view UntilNul(std::u16string_view text) {
   return anyNul ? text.substr(0, text.find(u'\0')) : text;
 }
 
-AnsiText Convert(const ArenaArray<char16_t>& wideText) {
+AnsiText Convert(std::u16string_view wideText) {
   AnsiText result;
-  const std::u16string_view units = UntilNul({wideText.data(), wideText.size()});
+  const std::u16string_view units = UntilNul(wideText);
   if (!units.empty()) {
     result.length = ToAnsi(units, result.bytes, kLongestText);
     result.whole = result.length > 0;
@@ -82,19 +82,37 @@ void CopyLocation(AnsiText text, char driveLetter, char (&field)[QUAYLINK_TEXT_S
   std::memcpy(field + prefix, text.bytes, text.length + 1);
 }
 
-void AddText(const DataObjectChunk& object, char driveLetter, TrackRecord& record) {
-  switch (object.objectType) {
-    case kTitleObject:
-      return CopyText(Convert(object.wideText), record.title);
-    case kLocationObject:
-      return CopyLocation(Convert(object.wideText), driveLetter, record.location);
-    case kAlbumObject:
-      return CopyText(Convert(object.wideText), record.album);
-    case kArtistObject:
-      return CopyText(Convert(object.wideText), record.artist);
-    default:
-      return;
+// The texts of a track that a record holds; of several of one type the last.
+struct TrackTexts {
+  std::u16string_view location, artist, title, album;
+};
+
+// They are looked up together, before any is converted: a large database lies far apart in memory,
+// and the processor can wait for several places at once.
+TrackTexts TextsOf(const TrackItemChunk& item) {
+  TrackTexts texts;
+  const auto count = static_cast<std::uint32_t>(item.DataObjectCount());
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const DataObjectChunk& object = item.DataObjectAt(i);
+    const std::u16string_view text(object.wideText.data(), object.wideText.size());
+    switch (object.objectType) {
+      case kTitleObject:
+        texts.title = text;
+        break;
+      case kLocationObject:
+        texts.location = text;
+        break;
+      case kAlbumObject:
+        texts.album = text;
+        break;
+      case kArtistObject:
+        texts.artist = text;
+        break;
+      default:
+        break;
+    }
   }
+  return texts;
 }
 
 }  // namespace
@@ -120,10 +138,12 @@ bool DeviceManager::Parse(const char* databasePath) {
 
 void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
   for (const TrackMap::Entry& track : trackList.tracks) {
-    const TrackItemChunk* item = track.item.get();
+    const TrackTexts texts = TextsOf(*track.item);
     TrackRecord& record = trackRecords.emplace_back();
-    const auto count = static_cast<std::uint32_t>(item->DataObjectCount());
-    for (std::uint32_t i = 0; i < count; ++i) AddText(item->DataObjectAt(i), driveLetter, record);
+    CopyLocation(Convert(texts.location), driveLetter, record.location);
+    CopyText(Convert(texts.artist), record.artist);
+    CopyText(Convert(texts.title), record.title);
+    CopyText(Convert(texts.album), record.album);
   }
 }
 

@@ -7,15 +7,11 @@ namespace quaylink {
 
 namespace {
 
-// Blocks double from the first size to the last, so that a small database costs little and a large
-// one few allocations.
-constexpr std::size_t kFirstBlock = 8 * 1024;
-constexpr std::size_t kLastBlock = 256 * 1024;
-constexpr std::size_t kLargestInBlock = kFirstBlock / 4;
-
-std::size_t BlockSize(std::size_t index) {
-  return std::min(kLastBlock, kFirstBlock << std::min<std::size_t>(index, 8));
-}
+// A new block is a quarter as large as all others together, within these bounds: a small database
+// costs little, and a large one few allocations, of memory that the system can map in large pages.
+constexpr std::size_t kSmallestBlock = 8 * 1024;
+constexpr std::size_t kLargestBlock = 4 * 1024 * 1024;
+constexpr std::size_t kLargestInBlock = kSmallestBlock / 4;
 
 // Under the address sanitizer every allocation stands alone, so that an overrun does not land in a
 // neighbour unseen.
@@ -38,15 +34,15 @@ void* Arena::AllocateElsewhere(std::size_t size) {
     large_.push_back(std::make_unique_for_overwrite<std::byte[]>(size));
     return large_.back().get();
   }
-  const std::size_t blockSize = BlockSize(blocksInUse_);
   if (blocksInUse_ == blocks_.size()) {
-    blocks_.push_back(std::make_unique_for_overwrite<std::byte[]>(blockSize));
+    const std::size_t blockSize = std::clamp(blockBytes_ / 4, kSmallestBlock, kLargestBlock);
+    blocks_.push_back({std::make_unique_for_overwrite<std::byte[]>(blockSize), blockSize});
+    blockBytes_ += blockSize;
   }
-  std::byte* block = blocks_[blocksInUse_].get();
-  cursor_ = block + size;
-  end_ = block + blockSize;
-  ++blocksInUse_;
-  return block;  // which is aligned for every type
+  const Block& block = blocks_[blocksInUse_++];
+  cursor_ = block.bytes.get() + size;
+  end_ = block.bytes.get() + block.size;
+  return block.bytes.get();  // which is aligned for every type
 }
 
 void Arena::ShrinkNewest(void* allocation, std::size_t oldSize, std::size_t newSize) {
@@ -61,9 +57,9 @@ void Arena::Rewind() {
 }
 
 void Arena::Trim() {
-  blocks_.resize(blocksInUse_);
+  for (; blocks_.size() > blocksInUse_; blocks_.pop_back()) blockBytes_ -= blocks_.back().size;
   // Not shrink_to_fit, which needs memory to give memory back.
-  if (blocks_.empty()) blocks_ = std::vector<Bytes>();
+  if (blocks_.empty()) blocks_ = std::vector<Block>();
   if (large_.empty()) large_ = std::vector<Bytes>();
 }
 

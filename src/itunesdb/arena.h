@@ -43,9 +43,15 @@ class Arena {
   // When the block in use is too small.
   void* AllocateElsewhere(std::size_t size);
 
-  std::vector<Bytes> blocks_;    // of the sizes that BlockSize gives
+  struct Block {
+    Bytes bytes;
+    std::size_t size;
+  };
+
+  std::vector<Block> blocks_;
   std::vector<Bytes> large_;     // one for each allocation that would fill much of a block
   std::size_t blocksInUse_ = 0;  // the last of them is being filled
+  std::size_t blockBytes_ = 0;   // of all blocks
   std::byte* cursor_ = nullptr;
   std::byte* end_ = nullptr;
 };

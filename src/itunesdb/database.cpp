@@ -1,5 +1,7 @@
 #include "itunesdb/database.h"
 
+#include <algorithm>
+
 #include "common/checked_at.h"
 
 namespace quaylink {
@@ -73,11 +75,13 @@ std::int32_t DatabaseChunk::Read(Stream& stream) {
     }
     sum += static_cast<std::uint32_t>(AddDataSet(0).Read(stream));
   }
+  bytesRead_ = static_cast<std::size_t>(std::min(stream.Tell(), stream.Size()));
   return sum == totalLength ? static_cast<std::int32_t>(totalLength) : -1;
 }
 
 std::int32_t DatabaseChunk::Write(Stream& stream) {
   headerLength = kWrittenDatabaseHeader;
+  stream.Reserve(static_cast<std::size_t>(stream.Tell()) + bytesRead_);
   TotalLengthSlot slot(stream);
   WriteHeader<DatabaseHeader>(stream, kDatabaseTag, headerLength, 0, *this);
   std::uint32_t sum = headerLength;
@@ -90,6 +94,7 @@ std::int32_t DatabaseChunk::Write(Stream& stream) {
 
 void DatabaseChunk::Clear() {
   dataSets.Clear();
+  bytesRead_ = 0;
   Rewind();
 }
 

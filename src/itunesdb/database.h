@@ -96,6 +96,10 @@ class DatabaseChunk final : private Arena, public Chunk, public DatabaseHeader {
 
   // The first data set of type 1, or null.
   DataSetChunk* TrackDataSet() const;
+
+ private:
+  // How far the last reading went into its file: about as much is written.
+  std::size_t bytesRead_ = 0;
 };
 
 // The database that the exported functions parse into.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace quaylink {
 
@@ -71,22 +72,12 @@ void Stream::FillWindow() {
   if (got < wanted) size_ = windowEnd_;
 }
 
-void Stream::Write(const void* source, std::size_t size) {
-  if (size > 0) std::memcpy(Claim(size), source, size);
-}
-
-std::uint8_t* Stream::Claim(std::size_t size) {
-  const auto begin = static_cast<std::size_t>(position_);
-  if (begin + size > capacity_) GrowTo(std::max(begin + size, capacity_ * 2));
-  position_ += size;
-  size_ = std::max(size_, position_);
-  return written_.get() + begin;
-}
-
+// Large memory grows in place or moves without being copied where the system can do that.
 void Stream::GrowTo(std::size_t capacity) {
-  auto larger = std::make_unique_for_overwrite<std::uint8_t[]>(capacity);
-  if (size_ > 0) std::memcpy(larger.get(), written_.get(), static_cast<std::size_t>(size_));
-  written_ = std::move(larger);
+  void* larger = std::realloc(written_.get(), capacity);
+  if (!larger) throw std::bad_alloc();
+  static_cast<void>(written_.release());  // it is part of the larger memory, or gone
+  written_.reset(static_cast<std::uint8_t*>(larger));
   capacity_ = capacity;
 }
 

@@ -2,14 +2,20 @@
 // memory.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <span>
 
 namespace quaylink {
+
+struct FreeMemory {
+  void operator()(void* memory) const { std::free(memory); }
+};
 
 // Positions are bytes from the beginning. A stream that reads ends where its file or memory ends,
 // or at the first read error. Positions beyond the end are allowed; nothing can be read there.
@@ -48,15 +54,29 @@ class Stream {
   }
 
   // Writes `size` bytes over what stands at the position, or at the end. Throws std::bad_alloc.
-  void Write(const void* source, std::size_t size);
+  void Write(const void* source, std::size_t size) {
+    if (size > 0) std::memcpy(Claim(size), source, size);
+  }
+
+  // Makes room for that many bytes in all, so that writing them does not have to.
+  void Reserve(std::size_t capacity) {
+    if (capacity > capacity_) GrowTo(capacity);
+  }
 
   // Room for `size` bytes at the position, which the caller fills before the next operation; moves
-  // past them.
-  std::uint8_t* Claim(std::size_t size);
+  // past them. Throws std::bad_alloc.
+  std::uint8_t* Claim(std::size_t size) {
+    const auto begin = static_cast<std::size_t>(position_);
+    if (begin + size > capacity_) GrowTo(std::max(begin + size, capacity_ * 2));
+    position_ += size;
+    size_ = std::max(size_, position_);
+    return written_.get() + begin;
+  }
 
   std::uint64_t Tell() const { return position_; }
   void SkipBy(std::int64_t distance) { position_ += static_cast<std::uint64_t>(distance); }
   void SeekTo(std::uint64_t position) { position_ = position; }
+  std::uint64_t Size() const { return size_; }
   std::uint64_t Remaining() const { return position_ < size_ ? size_ - position_ : 0; }
 
   // Everything written so far.
@@ -84,7 +104,7 @@ class Stream {
   std::FILE* file_ = nullptr;
   std::uint64_t filePosition_ = 0;
   std::unique_ptr<std::uint8_t[]> fileWindow_;
-  std::unique_ptr<std::uint8_t[]> written_;
+  std::unique_ptr<std::uint8_t, FreeMemory> written_;
   std::size_t capacity_ = 0;
   int failedChunks_ = 0;
 };
