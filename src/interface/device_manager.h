@@ -18,8 +18,8 @@ namespace quaylink {
 // through, and leaves the manager usable.
 class DeviceManager {
  public:
-  char driveLetter =
-      0;  // 'B' to 'Z' of the player that the last detection on the disk road found, or 0
+  // 'B' to 'Z' of the player that the last detection on the disk road found, or 0.
+  char driveLetter = 0;
   std::vector<TrackRecord> trackRecords;  // of the last successful parse, by track id
   // There from the first detection of a phone on. With it the file operations take the mobile road.
   std::unique_ptr<MobileDeviceBridge> bridge;

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "interface/device_manager.h"
+#include "platform/windows_api.h"
 #include "quaylink/quaylink.h"
 
 namespace quaylink {
@@ -16,11 +17,26 @@ namespace {
 // library is unloaded.
 DeviceManager* currentManager = nullptr;
 
+// While it lives, Windows shows the user no box about a drive without a disk or a library that
+// cannot be loaded: such things are ordinary here.
+class WithoutErrorBoxes {
+ public:
+  WithoutErrorBoxes() : earlier_(SetErrorMode(kNoBoxes)) { SetErrorMode(earlier_ | kNoBoxes); }
+  ~WithoutErrorBoxes() { SetErrorMode(earlier_); }
+  WithoutErrorBoxes(const WithoutErrorBoxes&) = delete;
+  WithoutErrorBoxes& operator=(const WithoutErrorBoxes&) = delete;
+
+ private:
+  static constexpr UINT kNoBoxes = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
+  UINT earlier_;
+};
+
 // The result of an operation on the current manager, or `failure` when there is none or memory runs
 // out.
 template <class Result, class Operation>
 Result WithManager(Result failure, Operation operation) {
   if (!currentManager) return failure;
+  const WithoutErrorBoxes withoutErrorBoxes;
   try {
     return static_cast<Result>(operation(*currentManager));
   } catch (const std::bad_alloc&) {

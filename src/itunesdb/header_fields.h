@@ -2,8 +2,12 @@
 // order, in a static function Visit of the struct that holds them; that list serves both
 // directions:
 //
-//   template <class V> static void Visit(V& v) { v.Fields(&H::a, &H::b); v.Skip(32);
-//   v.Fields(&H::c); }
+//   template <class V>
+//   static void Visit(V& v) {
+//     v.Fields(&H::a, &H::b);
+//     v.Skip(32);
+//     v.Fields(&H::c);
+//   }
 //
 // Every integer in the file is little-endian and as wide as its field.
 #pragma once

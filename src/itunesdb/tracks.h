@@ -135,8 +135,7 @@ class TrackItemChunk final : public Chunk, public TrackItemHeader {
  public:
   explicit TrackItemChunk(Arena& arena);
 
-  ArenaArray<std::uint8_t>
-      headerTail;  // what the header holds beyond the known fields, kept verbatim
+  ArenaArray<std::uint8_t> headerTail;  // of the header, beyond the known fields, kept verbatim
   ChunkList<DataObjectChunk> dataObjects;
 
   // Returns the total length that the item states.

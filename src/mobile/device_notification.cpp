@@ -21,7 +21,7 @@ struct Cancellation {
   UnsubscribeEntry entry;
   NotificationHandle subscription;
 
-  void Carry() const {
+  void CarryOut() const {
     if (subscription != 0 && entry != nullptr) entry(subscription);
   }
 };
@@ -41,7 +41,7 @@ void QUAYLINK_CALL OnDeviceNotification(const NotificationRecord* record) noexce
   // then.
   const Cancellation cancellation = TakeSubscription();
   lock.unlock();
-  cancellation.Carry();
+  cancellation.CarryOut();
 }
 
 void* DeviceArgument() {
@@ -69,7 +69,7 @@ void CancelSubscription() {
   std::unique_lock lock(stateMutex);
   const Cancellation cancellation = TakeSubscription();
   lock.unlock();
-  cancellation.Carry();
+  cancellation.CarryOut();
 }
 
 void SetUnsubscribeEntry(UnsubscribeEntry entry) {

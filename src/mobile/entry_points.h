@@ -29,8 +29,7 @@ struct NotificationRecord {
 using NotificationCallback = void(QUAYLINK_CALL*)(const NotificationRecord* record);
 
 // A status of 0 is success. A device argument is the address of a device record; a path is
-// zero-terminated and
-// "/"-separated.
+// zero-terminated and "/"-separated.
 using Status = std::int32_t;
 
 using DeviceEntry = Status(QUAYLINK_CALL*)(void* device);

@@ -57,7 +57,7 @@ bool MobileDeviceBridge::LibrariesLoaded() const {
 
 bool MobileDeviceBridge::MobileDeviceSupportPresent() {
   const std::string library =
-      GetCommonFilesFolder() + "\\Apple\\Mobile Device Support\\" + "iTunesMobileDevice.dll";
+      GetCommonFilesFolder() + "\\Apple\\Mobile Device Support\\iTunesMobileDevice.dll";
   return GetFileAttributesA(library.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 

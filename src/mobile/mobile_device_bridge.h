@@ -27,7 +27,7 @@ class MobileDeviceBridge {
 
   // Opens a session and a file connection with the attached phone. Waits up to about two seconds
   // for it to be announced. `pairIfNeeded` pairs a phone that does not know this computer yet.
-  // Returns 1 when the connection is open; otherwise 0, with everything undone.
+  // Returns 1 when the connection is open; otherwise 0, with all that it opened closed again.
   std::int32_t Connect(bool pairIfNeeded);
 
   // Closes whatever Connect has opened. Always returns 1.
@@ -54,8 +54,8 @@ class MobileDeviceBridge {
   HMODULE mobileDeviceModule = nullptr;
   std::uint8_t loadedFromWorkFolder = 0;
   EntryPoints entryPoints;
-  std::string
-      pairingRecordPath;  // of a pairing record that this bridge made; empty when there is none
+  // Of a pairing record that this bridge made; empty when there is none.
+  std::string pairingRecordPath;
 
  private:
   enum class WithoutLibraries { kTag };

@@ -1,7 +1,8 @@
-// The last error, the Windows version, waiting, and random identifiers.
+// Errors, the Windows version, waiting, and random identifiers.
 #include <sys/random.h>
 
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <thread>
@@ -39,6 +40,11 @@ class RandomBytes {
 };
 
 }  // namespace
+
+UINT SetErrorMode(UINT mode) {
+  static std::atomic<UINT> current = 0;  // no box is ever shown here
+  return current.exchange(mode);
+}
 
 DWORD GetLastError() {
   return lastError;

@@ -110,6 +110,9 @@ inline constexpr UINT DRIVE_NO_ROOT_DIR = 1;
 inline constexpr UINT DRIVE_REMOVABLE = 2;
 inline constexpr UINT DRIVE_FIXED = 3;
 
+inline constexpr UINT SEM_FAILCRITICALERRORS = 0x0001;
+inline constexpr UINT SEM_NOOPENFILEERRORBOX = 0x8000;
+
 inline constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 8;
 
 inline constexpr int CSIDL_PERSONAL = 0x05;
@@ -128,8 +131,9 @@ inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(std::uintptr_t{0x8
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(~std::uintptr_t{0});
 // NOLINTEND(performance-no-int-to-ptr)
 
-// Results of the calling thread's last failing call, and the system
+// Errors, and the system
 
+UINT SetErrorMode(UINT mode);
 DWORD GetLastError();
 void SetLastError(DWORD error);
 BOOL GetVersionExA(OSVERSIONINFOA* version);
