@@ -103,8 +103,7 @@ TEST(Listing, LeavesOutWhatThePhoneFailsToTell) {
     unsigned skip;
     Paths found;
   };
-  // A file's information has five pairs, the fourth of which is its format; "." and ".." come
-  // first.
+  // A file's information has five pairs, the fourth of them its format; "." and ".." come first.
   const Case cases[] = {
       {"AFCFileInfoOpen", 3, {"/1", "/3"}},
       {"AFCKeyValueRead", 6 + 6 + 6 + 3, {"/1", "/3"}},

@@ -1,5 +1,4 @@
-// Where the bridge finds the phone libraries, and what it leaves behind. The libraries are real
-// ones.
+// Where the bridge finds the phone libraries, which are real ones, and what it leaves behind.
 #include <gmock/gmock.h>
 
 #include <fstream>

@@ -138,8 +138,7 @@ TEST(ChunkTest, AnotherTagOrTooShortAHeaderFailsTheChunk) {
     if (c.shortest == 0) continue;
     for (const std::uint32_t length : {0u, 11u, c.shortest - 1, c.shortest}) {
       const std::unique_ptr<Chunk> chunk = MakeChunk(c.tag, arena);
-      // A data set needs a type that is known; the counts of the others are then 0 or beyond their
-      // header.
+      // A data set needs a known type; the counts of the others are then 0 or beyond their header.
       const std::string fields = c.tag == "mhsd" ? U32(4) : U32(0);
       const std::uint32_t third = c.tag.substr(2, 1) == "l" ? 0 : length;
       const std::string bytes = c.tag + U32(length) + U32(third) + fields + Zeros(400);

@@ -124,8 +124,7 @@ samples::Library SmallLibrary() {
   return library;
 }
 
-// However the file is cut, reading ends, takes nothing beyond the end, and writing what was read
-// works.
+// However the file is cut, reading takes nothing beyond its end, and what was read can be written.
 TEST(DatabaseTest, TruncatedDatabasesAreReadAsFarAsTheyGo) {
   const auto bytes = samples::WriteDatabase(SmallLibrary());
   for (std::size_t length = 0; length < bytes.size(); length += length < 4096 ? 1 : 97) {

@@ -1,5 +1,4 @@
-// Waiting for a phone to be announced. Time is the machine's, so that no test waits for two
-// seconds.
+// Waiting for a phone to be announced. Time is the machine's: no test waits for two seconds.
 #include <gmock/gmock.h>
 
 #include <thread>

@@ -1,5 +1,4 @@
-// The session with a phone that has been announced: what is called, in which order, and what is
-// undone.
+// The session with an announced phone: what is called, in which order, and what is undone.
 #include <gmock/gmock.h>
 
 #include "interface/device_manager.h"

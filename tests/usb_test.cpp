@@ -28,8 +28,7 @@ std::vector<int> TypeCodes() {
   return codes;
 }
 
-// An instance of a product with that symbolic name, whose device path can be opened when it is
-// given.
+// An instance of a product with that symbolic name. Its device path, if given, can be opened.
 void AddInstance(TestMachine& machine, const std::string& productKey, const std::string& serial,
                  const std::string& symbolicName, const std::string& devicePath) {
   machine.SetRegistryText(kUsb + productKey + "\\" + serial + "\\Device Parameters", "SymbolicName",

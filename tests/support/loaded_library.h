@@ -8,8 +8,7 @@ namespace quaylink {
 // Whether the library at that Windows path is loaded in this process.
 bool IsLibraryLoaded(const std::string& path);
 
-// Sets an environment variable as loaded libraries see it, or takes it away when the value is
-// empty.
+// Sets an environment variable as loaded libraries see it; an empty value takes it away.
 void SetEnvironment(const std::string& name, const std::string& value);
 
 }  // namespace quaylink

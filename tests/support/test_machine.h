@@ -1,8 +1,7 @@
 // A computer prepared for one test: attached devices, drives with their files, special folders. It
 // starts as a Windows 6.1 with an empty fixed drive C and no device, and is gone when the
-// TestMachine is. Where it is a Machine of the portable layer, it checks at its end that no
-// registry key, device, search, object of the shell or local file opened during the test is still
-// open.
+// TestMachine is. Over the portable layer it checks at its end that no registry key, device,
+// search, object of the shell or local file opened during the test is still open.
 #pragma once
 
 #include <memory>

@@ -30,8 +30,8 @@ class HandleTable {
     return handle;
   }
 
-  // The object behind an open handle, null for any other, which is reported under the name of the
-  // caller.
+  // The object behind an open handle; null for any other, which is reported under the caller's
+  // name.
   Object* Find(Handle handle, const char* caller) {
     const auto found = objects_.find(handle);
     if (found != objects_.end()) return &found->second;

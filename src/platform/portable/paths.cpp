@@ -32,8 +32,7 @@ const Drive* FindDrive(char letter) {
   return found == drives.end() ? nullptr : &found->second;
 }
 
-// The names of a path in order, with "." and ".." worked out as Windows does: without a look at the
-// disk.
+// The names of a path in order, with "." and ".." worked out as Windows does, the disk unseen.
 std::vector<std::string_view> SplitNames(std::string_view path) {
   std::vector<std::string_view> names;
   while (!path.empty()) {
@@ -55,8 +54,7 @@ bool IsValidName(std::string_view name) {
   });
 }
 
-// The entry of a folder with that name: the one spelled so, or else the first that differs in case
-// only.
+// The entry of a folder with that name: the one spelled so, or the first that differs in case only.
 fs::path FollowName(const fs::path& folder, const std::string& name) {
   fs::path exact = folder / name;
   struct stat ignored;

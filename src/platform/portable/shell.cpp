@@ -1,5 +1,4 @@
-// The shell's special folders: identifier lists, the desktop folder that names them, and their
-// allocator.
+// The shell's special folders: identifier lists, the desktop folder that names them, an allocator.
 #include <algorithm>
 #include <cstring>
 #include <memory>

@@ -15,8 +15,7 @@ namespace {
 
 thread_local DWORD lastError = 0;
 
-// Random bytes are fetched for many identifiers at once: a system call costs more than all the
-// rest.
+// Random bytes are fetched for many identifiers at once: a system call costs most of all.
 class RandomBytes {
  public:
   bool Take(void* bytes, std::size_t size) {

@@ -106,8 +106,7 @@ std::u16string WidenUtf8(std::string_view text) {
   return wide;
 }
 
-// The number of bytes that the text takes in the code page; negative when there is no room for
-// them.
+// The number of bytes that the text takes in the code page; negative when they do not fit.
 int Convert(UINT codePage, const WCHAR* wide, int wideLength, char* bytes, int byteCapacity) {
   int written = 0;
   for (int taken = 0; taken < wideLength;) {

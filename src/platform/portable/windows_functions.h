@@ -177,8 +177,7 @@ DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size);
 
 // Texts and identifiers
 
-// To the ANSI code page alone, without the approximations that Windows makes for letters that it
-// lacks.
+// To the ANSI code page alone, where letters that it lacks become "?" and never similar ones.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
                         int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar);
 HRESULT CoCreateGuid(GUID* guid);
