@@ -1,4 +1,4 @@
-// Paths, drives, searches and files of the portable layer, held to what Windows documents for them.
+// Paths, searches and files of the portable layer, held to what Windows documents for them.
 #include <gtest/gtest.h>
 
 #include <cerrno>
@@ -76,16 +76,6 @@ TEST(PortablePaths, TakeNamesInTheAnsiCodePage) {
   CurrentMachine().ansiCodePage = 1252;
   EXPECT_EQ(GetFileAttributesA("C:\\CAF\xE9 \x80"), FILE_ATTRIBUTE_NORMAL);
   EXPECT_EQ(Find("C:\\*.*").back(), "caf\xE9 \x80");
-}
-
-TEST(PortableDrives, HaveTheirKindWhileTheyAreThere) {
-  TestMachine machine;
-  machine.AddDrive('F');
-  EXPECT_EQ(GetDriveTypeA("C:\\"), DRIVE_FIXED);
-  EXPECT_EQ(GetDriveTypeA("f:\\"), DRIVE_REMOVABLE);
-  EXPECT_EQ(GetDriveTypeA("G:\\"), DRIVE_NO_ROOT_DIR);
-  machine.TakeDriveAway('F');
-  EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_NO_ROOT_DIR);
 }
 
 TEST(PortableSearch, DeliversTheFoldersEntriesInOrderButWhatHasVanished) {

@@ -37,7 +37,7 @@ TEST(MachineFolder, IsReadAnewSoThatComingAndGoingIsSeen) {
   };
   EXPECT_TRUE(isAttached());
   EXPECT_EQ(GetDriveTypeA("C:\\"), DRIVE_FIXED);
-  EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_REMOVABLE);
+  EXPECT_EQ(GetDriveTypeA("f:\\"), DRIVE_REMOVABLE);
   EXPECT_EQ(GetDriveTypeA("G:\\"), DRIVE_NO_ROOT_DIR);
   fs::rename(folder / "drives/f", folder / "drives/g");
   fs::remove_all(folder / "usb/VID_05AC&PID_1261");
