@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "itunesdb/database.h"
+#include "platform/windows_api.h"
 #include "quaylink/quaylink.h"
 #include "support/database_bytes.h"
 #include "support/test_machine.h"
@@ -91,6 +92,13 @@ TEST_F(ExportsTest, NullArgumentsAreFailures) {
   EXPECT_EQ(EnumGenericFileFromIPod(0, nullptr, nullptr), 0);
   EXPECT_EQ(CopyGenericFileFromIPod(0, nullptr, "C:\\copy"), 0);
   EXPECT_EQ(CopyGenericFileFromIPod(0, "C:\\copy", nullptr), 0);
+}
+
+TEST_F(ExportsTest, TheHostsErrorModeIsAsBeforeAfterACall) {
+  InitializeIPod();
+  const UINT mode = SetErrorMode(SEM_NOOPENFILEERRORBOX);
+  EXPECT_EQ(IsIPodConnected(), 0);
+  EXPECT_EQ(SetErrorMode(mode), UINT{SEM_NOOPENFILEERRORBOX});
 }
 
 TEST_F(ExportsTest, ASecondManagerBeginsWithoutRecordsAndTheFirstIsGone) {

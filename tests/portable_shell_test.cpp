@@ -34,6 +34,11 @@ TEST(Shell, ATrailingBackslashIsTakenOff) {
   TestMachine machine;
   machine.SetSpecialFolder(CSIDL_PERSONAL, "C:\\");
   EXPECT_EQ(GetSpecialFolderPath(CSIDL_PERSONAL), "C:");
+  // The second half of a Japanese character is none.
+  CurrentMachine().ansiCodePage = 932;
+  const std::string japanese = "C:\\\x8E\x91\x97\xBF\x95\x5C";
+  CurrentMachine().specialFolders[CSIDL_PERSONAL] = {japanese, ShellName::kInline};
+  EXPECT_EQ(GetSpecialFolderPath(CSIDL_PERSONAL), japanese);
 }
 
 TEST(Shell, GivesNoPathWithoutDesktopOrAllocatorOrWhenItIsTooLong) {

@@ -52,6 +52,15 @@ std::string TextOf(const STRRET& name, LPITEMIDLIST list, IMalloc& allocator) {
 
 }  // namespace
 
+std::size_t LastBackslash(std::string_view path) {
+  std::size_t last = std::string_view::npos;
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    if (path[i] == '\\') last = i;
+    if (IsDBCSLeadByte(static_cast<BYTE>(path[i])) != 0) ++i;
+  }
+  return last;
+}
+
 std::string GetSpecialFolderPath(int folderId) {
   // The allocator comes first: without it nothing that the shell hands out could be given back.
   IMalloc* allocatorObject = nullptr;
@@ -70,7 +79,7 @@ std::string GetSpecialFolderPath(int folderId) {
   if (desktop->GetDisplayNameOf(list, SHGDN_FORPARSING, &name) != S_OK) return {};
   std::string path = TextOf(name, list, *allocator);
   // A drive's root has a trailing backslash, and some shells name the documents folder with one.
-  if (path.ends_with('\\')) path.pop_back();
+  if (!path.empty() && LastBackslash(path) == path.size() - 1) path.pop_back();
   return path;
 }
 

@@ -117,7 +117,7 @@ std::string GetApplicationFolder() {
   char path[MAX_PATH] = {};
   const DWORD length = std::min<DWORD>(GetModuleFileNameA(nullptr, path, MAX_PATH), MAX_PATH - 1);
   const std::string program(path, length);
-  return program.substr(0, program.rfind('\\'));
+  return program.substr(0, LastBackslash(program));
 }
 
 void CopyFolderTree(const std::string& sourceRoot, const std::string& destinationRoot,

@@ -57,7 +57,7 @@ struct Machine {
   std::map<int, SpecialFolder> specialFolders;  // by folder number
   bool shellHasDesktop = true;
   bool shellHasAllocator = true;
-  UINT ansiCodePage = CP_UTF8;  // or 1252
+  UINT ansiCodePage = CP_UTF8;  // or 1252; 932 too, but nothing is converted to that
   std::string hostProgramPath = "C:\\Program Files\\Host\\host.exe";
   // When a closed or foreign handle is used; else the call just fails.
   bool abortOnBadHandle = false;

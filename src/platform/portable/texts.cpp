@@ -140,6 +140,11 @@ std::string Narrow(UINT codePage, const std::u16string& wide) {
 
 }  // namespace
 
+BOOL IsDBCSLeadByte(BYTE byte) {
+  const bool japanese = portable::CurrentMachine().ansiCodePage == 932;
+  return japanese && ((byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC)) ? 1 : 0;
+}
+
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
                         int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar) {
   const bool hasText = wide != nullptr && wideLength != 0;

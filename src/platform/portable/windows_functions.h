@@ -177,6 +177,7 @@ DWORD GetModuleFileNameA(HMODULE module, char* path, DWORD size);
 
 // Texts and identifiers
 
+BOOL IsDBCSLeadByte(BYTE byte);
 // To the ANSI code page alone, where letters that it lacks become "?" and never similar ones.
 int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideLength, char* bytes,
                         int byteCapacity, const char* defaultChar, BOOL* usedDefaultChar);
