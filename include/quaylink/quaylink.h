@@ -148,8 +148,8 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL DisconnectIPod(void);
  * file system is listed to find it, a connection is opened when none is, and none is open
  * afterwards.
  *
- * @param destinationPath  local file, created or replaced; a failed copy leaves it behind, empty or
- * partial
+ * @param destinationPath  local file, created or replaced; a failed copy leaves it behind, empty
+ *                         or partial
  * @return 1 when the database was copied, else 0
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyITunesDB(const char* destinationPath);
@@ -161,13 +161,13 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyITunesDB(const char* destinationP
  * a failed parse leaves them as they were.
  *
  * @param databasePath  local path of a copied iTunesDB file
- * @param maxRecords    number of records that buffer has room for; 0 asks for the count, a negative
- * number copies nothing
+ * @param maxRecords    number of records that buffer has room for; 0 asks for the count, a
+ *                      negative number copies nothing
  * @param buffer        host memory for maxRecords records of 1024 bytes each, or null to ask for
- * the count
- * @return when asking for the count, the number of tracks; otherwise the number of records copied,
- * at most maxRecords and 0 when maxRecords is negative. 0 when the file cannot be opened or is no
- * database.
+ *                      the count
+ * @return when asking for the count, the number of tracks; otherwise the number of records
+ *         copied, at most maxRecords and 0 when maxRecords is negative. 0 when the file cannot be
+ *         opened or is no database.
  */
 QUAYLINK_EXPORT int32_t QUAYLINK_CALL ParseITunesDB(const char* databasePath, int32_t maxRecords,
                                                     TrackRecord* buffer);
@@ -178,8 +178,8 @@ QUAYLINK_EXPORT int32_t QUAYLINK_CALL ParseITunesDB(const char* databasePath, in
  * is, and none is open afterwards.
  *
  * @param recordIndex      index of the track's record, from 0
- * @param destinationPath  local file, created or replaced; not touched when recordIndex is out of
- * range; a failed copy leaves it behind, empty or partial
+ * @param destinationPath  local file, created or replaced; not touched when recordIndex is out
+ *                         of range; a failed copy leaves it behind, empty or partial
  * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile road.
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyFileFromIPod(uint32_t recordIndex,
@@ -189,8 +189,9 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyFileFromIPod(uint32_t recordIndex
  * Lists every file of a phone, calling the callback once for each, folder by folder. The list is
  * complete before the first call. On the disk road there is nothing to list: 1, and no call.
  *
- * @param autoConnect  true: look for a device, open a connection when none is, and leave none open
- * when the callback is called first; false: use the connection that ConnectIPod opened
+ * @param autoConnect  true: look for a device, open a connection when none is, and have closed it
+ *                     when the callback is called first; false: use the connection that
+ *                     ConnectIPod opened
  * @param callback     receives each device path; must not be null
  * @param context      handed to the callback unchanged
  * @return 1 when the listing is complete, else 0 without any call of the callback
@@ -203,12 +204,12 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool 
  * Copies any file of a device to a local file.
  *
  * @param autoConnect      true: look for a device, and on a phone open a connection when none is
- * and leave none open; false: use the connection that ConnectIPod opened
- * @param devicePath       path on the phone as EnumGenericFileFromIPod gives it; on the disk road a
- * Windows path on the player's drive
+ *                         and leave none open; false: use the connection that ConnectIPod opened
+ * @param devicePath       path on the phone as EnumGenericFileFromIPod gives it; on the disk road
+ *                         a Windows path on the player's drive
  * @param destinationPath  local file, created or replaced; a failed copy may leave it behind
- * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile road.
- * A phone's file of no bytes cannot be copied: 0.
+ * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile
+ *         road. A phone's file of no bytes cannot be copied: 0.
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyGenericFileFromIPod(QuaylinkBool autoConnect,
                                                                    const char* devicePath,

@@ -45,8 +45,8 @@ void ConvertWhatFits(std::u16string_view text, AnsiText& result) {
   }
 }
 
-// The text ends at its first NUL; hardly any holds one, and to see that is quicker than to search
-// for it.
+// The text ends at its first NUL; hardly any holds one,
+// and to see that is quicker than to search for it.
 std::u16string_view UntilNul(std::u16string_view text) {
   bool anyNul = false;
   for (const char16_t unit : text) anyNul |= unit == 0;

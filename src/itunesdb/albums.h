@@ -1,5 +1,5 @@
-// mhla and mhia: the album list and its albums. Nothing interprets them; they are read so that they
-// can be written.
+// mhla and mhia: the album list and its albums. Nothing
+// interprets them; they are read so that they can be written.
 #pragma once
 
 #include "itunesdb/data_object.h"

@@ -13,8 +13,8 @@ constexpr std::size_t kSmallestBlock = 8 * 1024;
 constexpr std::size_t kLargestBlock = 4 * 1024 * 1024;
 constexpr std::size_t kLargestInBlock = kSmallestBlock / 4;
 
-// Under the address sanitizer every allocation stands alone, so that an overrun does not land in a
-// neighbour unseen.
+// Under the address sanitizer every allocation stands alone,
+// so that an overrun does not land in a neighbour unseen.
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool kEachApart = true;
 #elif defined(__has_feature)

@@ -1,5 +1,5 @@
-// Memory for the chunks of one database: handed out front to back from large blocks and given up
-// all at once.
+// Memory for the chunks of one database: handed out front
+// to back from large blocks and given up all at once.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,5 @@
-// What all chunk kinds of a database share: the common header, the conventions of reading and
-// writing.
+// What all chunk kinds of a database share: the common
+// header, the conventions of reading and writing.
 //
 // A database is a tree of chunks. Each begins with 12 bytes: its tag, the length of its header, and
 // a third word, which is the number of items of a list kind and the length of the whole chunk with
@@ -48,11 +48,11 @@ class Chunk {
 
   virtual ~Chunk() = default;
 
-  // Reads the chunk that begins at the stream's position and leaves the stream after the last byte
-  // taken. Returns the chunk's length as its kind reckons it, or -1 when the chunk is not there or
-  // is not sound. Lengths add up modulo 2^32, so that a damaged file can give other negative
-  // results, which count as failure too. Throws std::bad_alloc; what was read until then stays
-  // owned.
+  // Reads the chunk that begins at the stream's position and leaves the stream
+  // after the last byte taken. Returns the chunk's length as its kind reckons
+  // it, or -1 when the chunk is not there or is not sound. Lengths add up modulo
+  // 2^32, so that a damaged file can give other negative results, which count as
+  // failure too. Throws std::bad_alloc; what was read until then stays owned.
   virtual std::int32_t Read(Stream& stream) = 0;
 
   // Writes the chunk and its children. Returns the number of bytes written, or the negative result
@@ -114,8 +114,8 @@ bool ReadWholeHeader(Stream& stream, std::uint32_t minimum, std::uint32_t& heade
   return true;
 }
 
-// Writes tag, header length, third word, the fields of H and the tail, and zeros up to the header
-// length.
+// Writes tag, header length, third word, the fields of
+// H and the tail, and zeros up to the header length.
 template <class H>
 void WriteHeader(Stream& stream, const Tag& tag, std::uint32_t headerLength,
                  std::uint32_t thirdWord, const H& fields,
@@ -148,8 +148,8 @@ class TotalLengthSlot {
   std::uint64_t chunkBegin_;
 };
 
-// Reads `count` values as they stand in the file; zeros take the place of those that it does not
-// have.
+// Reads `count` values as they stand in the file;
+// zeros take the place of those that it does not have.
 template <class T>
 ArenaArray<T> ReadArray(Stream& stream, Arena& arena, std::uint32_t count) {
   auto result = ArenaArray<T>::WithRoomFor(arena, count);
@@ -185,8 +185,8 @@ std::uint32_t ReadChildren(Stream& stream, Arena& arena, std::uint32_t count,
                              [&](Owned<Child> child) { children.Append(arena, std::move(child)); });
 }
 
-// Writes a child and adds its length to the sum. Returns the child's result when that is negative,
-// else 0.
+// Writes a child and adds its length to the sum. Returns
+// the child's result when that is negative, else 0.
 std::int32_t WriteChild(Stream& stream, Chunk& child, std::uint32_t& sum);
 
 // Writes the children in order. Returns 0, or the first negative result, which ends the writing.

@@ -53,9 +53,9 @@ struct JumpEntry {
   bool operator==(const JumpEntry&) const = default;
 };
 
-// The header is taken to be 24 bytes long, whatever it states. Which of the bodies an object has
-// follows from its type; the others are none. Texts and bodies lie in the arena and are followed by
-// a zero.
+// The header is taken to be 24 bytes long, whatever it states. Which
+// of the bodies an object has follows from its type; the others are
+// none. Texts and bodies lie in the arena and are followed by a zero.
 class DataObjectChunk final : public Chunk, public DataObjectHeader, public WideTextHeader {
  public:
   explicit DataObjectChunk(Arena& arena) : Chunk(arena) {}

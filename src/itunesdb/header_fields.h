@@ -1,6 +1,6 @@
-// Reading and writing the fixed fields of a chunk's header. A kind lists its fields once, in file
-// order, in a static function Visit of the struct that holds them; that list serves both
-// directions:
+// Reading and writing the fixed fields of a chunk's header. A kind
+// lists its fields once, in file order, in a static function Visit
+// of the struct that holds them; that list serves both directions:
 //
 //   template <class V>
 //   static void Visit(V& v) {
@@ -53,9 +53,9 @@ void StoreField(std::uint8_t* bytes, const std::array<std::uint8_t, N>& field) {
   std::memcpy(bytes, field.data(), N);
 }
 
-// Takes fields out of bytes that belong to a header, or part of one, of `length` bytes. A field
-// beyond that length gets the default of a new object; one that the bytes do not hold is left as it
-// was.
+// Takes fields out of bytes that belong to a header, or part of one,
+// of `length` bytes. A field beyond that length gets the default of
+// a new object; one that the bytes do not hold is left as it was.
 template <class H>
 class HeaderReader {
  public:
@@ -64,8 +64,8 @@ class HeaderReader {
 
   template <class... F>
   void Fields(F H::*... fields) {
-    // A run of fields that are all there, as they are in nearly every header, needs no look at
-    // each.
+    // A run of fields that are all there, as they are
+    // in nearly every header, needs no look at each.
     const std::size_t end = at_ + (sizeof(F) + ...);
     if (end <= length_ && end <= bytes_.size()) {
       ((LoadField(bytes_.data() + at_, header_.*fields), at_ += sizeof(F)), ...);

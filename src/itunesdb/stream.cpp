@@ -45,8 +45,8 @@ std::size_t Stream::ReadAcrossWindows(void* destination, std::size_t size) {
   return done;
 }
 
-// Moves the window so that it begins at the position, keeping the bytes that it already holds from
-// there on.
+// Moves the window so that it begins at the position,
+// keeping the bytes that it already holds from there on.
 void Stream::FillWindow() {
   if (!file_ || position_ >= size_) return;
   std::size_t kept = 0;

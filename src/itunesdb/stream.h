@@ -1,5 +1,5 @@
-// The bytes of a database: read through a window of an open file or from memory, or written into
-// memory.
+// The bytes of a database: read through a window of an
+// open file or from memory, or written into memory.
 #pragma once
 
 #include <algorithm>

@@ -8,8 +8,8 @@
 
 namespace quaylink {
 
-// The attributes of a track. All but the count and the id are only carried, and named by their file
-// offset.
+// The attributes of a track. All but the count and the
+// id are only carried, and named by their file offset.
 struct TrackItemHeader {
   std::uint32_t dataObjectCount = 0;
   std::uint32_t trackId = 0;
@@ -147,9 +147,9 @@ class TrackItemChunk final : public Chunk, public TrackItemHeader {
   DataObjectChunk& DataObjectAt(std::uint32_t index) const;
 };
 
-// Track items by track id, ascending; of several items with one id the first one added stays. Items
-// may be added in any order: those that come out of order are put in their place when the map is
-// next looked at.
+// Track items by track id, ascending; of several items with one id the
+// first one added stays. Items may be added in any order: those that come
+// out of order are put in their place when the map is next looked at.
 class TrackMap {
  public:
   struct Entry {

@@ -110,8 +110,8 @@ class DeviceFile {
 
   bool IsOpen() const { return reference_ != 0; }
 
-  // The number of bytes delivered, 1 to `wanted`; 0 when the phone fails or delivers what cannot
-  // be.
+  // The number of bytes delivered, 1 to `wanted`; 0
+  // when the phone fails or delivers what cannot be.
   std::uint32_t Read(void* buffer, std::uint32_t wanted) {
     std::uint32_t length = wanted;
     const Status status =
@@ -140,8 +140,8 @@ bool IsWanted(const MobileDeviceBridge& bridge, const std::string& path, Wanted 
   return found;
 }
 
-// Appends the paths of a folder's entries of the wanted kind. False when the folder cannot be
-// opened.
+// Appends the paths of a folder's entries of the
+// wanted kind. False when the folder cannot be opened.
 bool AppendEntries(const MobileDeviceBridge& bridge, const std::string& folder, Wanted wanted,
                    std::vector<std::string>& paths) {
   if (folder.size() > kLongestPath) return false;

@@ -37,8 +37,8 @@ void QUAYLINK_CALL OnDeviceNotification(const NotificationRecord* record) noexce
   if (record == nullptr || record->deviceRecord == nullptr) return;
   std::unique_lock lock(stateMutex);
   std::memcpy(sharedDeviceRecord.data(), record->deviceRecord, sharedDeviceRecord.size());
-  // A callback that runs before the subscribe call has returned finds no handle; Connect cancels
-  // then.
+  // A callback that runs before the subscribe call has
+  // returned finds no handle; Connect cancels then.
   const Cancellation cancellation = TakeSubscription();
   lock.unlock();
   cancellation.CarryOut();

@@ -26,8 +26,8 @@ MobileDeviceBridge::MobileDeviceBridge(WithoutLibraries /*tag*/) {
   ClearDeviceRecord();
 }
 
-// By way of another constructor, so that the destructor unloads what is loaded when memory runs out
-// in here.
+// By way of another constructor, so that the destructor
+// unloads what is loaded when memory runs out in here.
 MobileDeviceBridge::MobileDeviceBridge() : MobileDeviceBridge(WithoutLibraries::kTag) {
   const auto keep = [this](PhoneLibraries libraries) {
     coreFoundationModule = libraries.coreFoundation;

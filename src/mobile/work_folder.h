@@ -28,9 +28,9 @@ std::string MakeWorkFolder();
 // The folder of the host's program, without a trailing backslash.
 std::string GetApplicationFolder();
 
-// Copies the tree sourceRoot + relativeStart to destinationRoot + relativeStart, shallower levels
-// first. Both roots end with a backslash. The destination folder is created even when the source
-// does not exist.
+// Copies the tree sourceRoot + relativeStart to destinationRoot +
+// relativeStart, shallower levels first. Both roots end with a backslash.
+// The destination folder is created even when the source does not exist.
 void CopyFolderTree(const std::string& sourceRoot, const std::string& destinationRoot,
                     const std::string& relativeStart);
 

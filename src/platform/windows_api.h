@@ -1,6 +1,6 @@
-// The Windows functions that the library calls. On Windows these are the system's own; elsewhere
-// the portable layer declares the same functions, in the library's namespace, and implements them
-// over a Machine.
+// The Windows functions that the library calls. On Windows these are the
+// system's own; elsewhere the portable layer declares the same functions,
+// in the library's namespace, and implements them over a Machine.
 #pragma once
 
 #if defined(_WIN32)
