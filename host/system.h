@@ -55,7 +55,7 @@ std::filesystem::path CreateTemporaryFile();
 void HandleInterrupts();
 void SetRemovedOnInterrupt(const std::filesystem::path& path);
 // From now on the first Ctrl-C only makes InterruptRequested true, and writes a notice to the error
-// stream; a second one ends the program. The notice is never freed.
+// stream; a second one ends the program.
 void DeferInterrupts(std::string_view notice);
 bool InterruptRequested();
 

@@ -27,19 +27,14 @@ std::array<char, 4096> removedPath;
 volatile std::sig_atomic_t removesPath = 0;
 volatile std::sig_atomic_t defersInterrupts = 0;
 volatile std::sig_atomic_t interruptRequested = 0;
-std::string_view interruptNotice;  // set before interrupts are deferred
-
-void WriteAtOnce(std::string_view text) {
-  [[maybe_unused]] const ssize_t ignored = write(STDERR_FILENO, text.data(), text.size());
-}
+std::string interruptNotice;  // set before interrupts are deferred
 
 extern "C" void OnInterrupt(int signalNumber) {
   if (defersInterrupts != 0 && interruptRequested == 0) {
     interruptRequested = 1;
     const int codeBefore = errno;
-    // Behind the "^C" that a terminal shows, which may stand in a line of the progress bar.
-    if (!interruptNotice.empty() && isatty(STDERR_FILENO) == 1) WriteAtOnce("\n");
-    WriteAtOnce(interruptNotice);
+    [[maybe_unused]] const ssize_t ignored =
+        write(STDERR_FILENO, interruptNotice.data(), interruptNotice.size());
     errno = codeBefore;
     return;
   }
@@ -159,6 +154,8 @@ void SetRemovedOnInterrupt(const std::filesystem::path& path) {
 
 void DeferInterrupts(std::string_view notice) {
   interruptNotice = notice;
+  // The "^C" that a terminal shows may stand in the line of the progress bar.
+  if (!notice.empty() && IsTerminal(Stream::kError)) interruptNotice.insert(0, 1, '\n');
   defersInterrupts = 1;
 }
 

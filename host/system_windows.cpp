@@ -30,8 +30,7 @@ constexpr UINT kInterruptedStatus = 130;
 
 BOOL WINAPI OnInterrupt(DWORD event) {
   if (event == CTRL_C_EVENT && defersInterrupts && !interruptRequested.exchange(true)) {
-    const bool terminal = !interruptNotice.empty() && IsTerminal(Stream::kError);
-    Write(Stream::kError, (terminal ? "\n" : "") + interruptNotice);
+    Write(Stream::kError, interruptNotice);
     return TRUE;
   }
   // Fails while the library has the file open.
@@ -194,6 +193,8 @@ void SetRemovedOnInterrupt(const std::filesystem::path& path) {
 
 void DeferInterrupts(std::string_view notice) {
   interruptNotice = notice;
+  // The "^C" that a console shows may stand in the line of the progress bar.
+  if (!notice.empty() && IsTerminal(Stream::kError)) interruptNotice.insert(0, 1, '\n');
   defersInterrupts = true;
 }
 
