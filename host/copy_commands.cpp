@@ -15,10 +15,10 @@ namespace fs = std::filesystem;
 // The destination itself, or, when it is a folder, a new file in it. Only a file that the user has
 // named is replaced.
 fs::path TargetOf(const std::string& destination, const std::string& nameInFolder) {
-  const fs::path path = PathOf(destination);
+  fs::path file = PathOf(destination);
   std::error_code error;
-  if (!fs::is_directory(path, error)) return path;
-  const fs::path file = path / PathOf(nameInFolder);
+  if (!fs::is_directory(file, error)) return file;
+  file /= PathOf(nameInFolder);
   if (fs::is_regular_file(file, error)) {
     throw Failure(Shown(file) + ": is there already; name the file itself to replace it");
   }

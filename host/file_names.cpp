@@ -208,7 +208,8 @@ std::vector<std::string> PathsFor(const std::vector<Track>& tracks, const NamePa
     unsigned& number = nextNumbers.try_emplace(FoldCase(path), 2).first->second;
     // A number may make a path that a track's own title has made before.
     while (!taken.insert(FoldCase(path)).second) {
-      path = stem + " (" + std::to_string(number++) + ")" + extension;
+      path = stem;
+      path.append(" (").append(std::to_string(number++)).append(")").append(extension);
     }
     paths.push_back(path);
   }
