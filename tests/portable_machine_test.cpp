@@ -74,28 +74,28 @@ TEST(UsbDeviceListOnAMachine, KeepsTheEntriesFoundBeforeAListingFailed) {
     const char* what;
     std::function<void(portable::RegistryKey&)> spoil;
     int result;
-    bool keepsFirst;
+    std::size_t held;
   } cases[] = {
-      {"USB tree refused", [&](auto& root) { root.At(usb).refusesToOpen = true; }, -1, false},
-      {"parent refused", [](auto& root) { root.At("SYSTEM").refusesToOpen = true; }, -1, false},
-      {"product refused", [&](auto& root) { root.At(product).refusesToOpen = true; }, -1, true},
-      {"product name too long", [&](auto& root) { root.At(usb + tooLong); }, -1, false},
-      {"instance name too long", [&](auto& root) { root.At(product).Subkey(tooLong); }, -1, true},
+      {"USB tree refused", [&](auto& root) { root.At(usb).refusesToOpen = true; }, -1, 0},
+      {"parent refused", [](auto& root) { root.At("SYSTEM").refusesToOpen = true; }, -1, 0},
+      {"product refused", [&](auto& root) { root.At(product).refusesToOpen = true; }, -1, 1},
+      {"product name too long", [&](auto& root) { root.At(usb + tooLong); }, -1, 0},
+      {"longest product name", [&](auto& root) { root.At(usb + tooLong.substr(1)); }, 2, 2},
+      {"instance name too long", [&](auto& root) { root.At(product).Subkey(tooLong); }, -1, 1},
       {"parameters refused",
-       [&](auto& root) { root.At(product + "\\B\\Device Parameters").refusesToOpen = true; }, 1,
-       true},
+       [&](auto& root) { root.At(product + "\\B\\Device Parameters").refusesToOpen = true; }, 1, 1},
   };
-  for (const auto& [what, spoil, result, keepsFirst] : cases) {
+  for (const auto& [what, spoil, result, held] : cases) {
     TestMachine machine;
     machine.AttachDevice(0x1261, "A");
     machine.AttachDevice(0x1294, "B");
     spoil(CurrentMachine().localMachine);
     UsbDeviceList list;
     EXPECT_EQ(list.Enumerate(), result) << what;
-    if (keepsFirst) {
+    if (held > 0) {
       EXPECT_EQ(list.TypeAt(0), 7) << what;
     }
-    EXPECT_THROW(list.TypeAt(keepsFirst ? 1 : 0), std::out_of_range) << what;
+    EXPECT_THROW(list.TypeAt(held), std::out_of_range) << what;
   }
 }
 
