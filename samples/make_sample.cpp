@@ -69,9 +69,7 @@ void MakeSeeds(const fs::path& folder) {
   WriteFile(folder / "every-kind", WriteDatabaseOfEveryKind());
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   CLI::App app("Makes sample databases, players and phones for trying Quaylink.");
   app.require_subcommand(1);
   fs::path destination;
@@ -90,18 +88,24 @@ int main(int argc, char** argv) {
   seeds->add_option("FOLDER", destination, "The folder to write")->required();
   CLI11_PARSE(app, argc, argv);
 
+  if (*player) MakePlayer(destination);
+  if (*phone) MakePhone(destination, libraries);
+  if (*seeds) MakeSeeds(destination);
+  if (*database) {
+    const Library library =
+        trackCount > 0 ? MakeLargeLibrary(trackCount) : SampleLibrary(SampleMusic("iPod_Control"));
+    WriteFile(destination, WriteDatabase(library));
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   try {
-    if (*player) MakePlayer(destination);
-    if (*phone) MakePhone(destination, libraries);
-    if (*seeds) MakeSeeds(destination);
-    if (*database) {
-      const Library library = trackCount > 0 ? MakeLargeLibrary(trackCount)
-                                             : SampleLibrary(SampleMusic("iPod_Control"));
-      WriteFile(destination, WriteDatabase(library));
-    }
+    return Run(argc, argv);
   } catch (const std::exception& error) {
     std::cerr << "quaylink-sample: " << error.what() << '\n';
     return 1;
   }
-  return 0;
 }

@@ -15,7 +15,7 @@ std::int32_t AlbumItemChunk::Read(Stream& stream) {
                                         *this)) {
     return FailedRead(stream);
   }
-  ReadChildren(stream, arena(), dataObjectCount, dataObjects);
+  ReadChildren(stream, Memory(), dataObjectCount, dataObjects);
   return static_cast<std::int32_t>(totalLength);
 }
 
@@ -34,7 +34,7 @@ std::int32_t AlbumListChunk::Read(Stream& stream) {
   std::uint32_t itemCount = 0;
   if (!ReadListHeader(stream, headerLength, itemCount)) return FailedRead(stream);
   return static_cast<std::int32_t>(headerLength +
-                                   ReadChildren(stream, arena(), itemCount, albumItems));
+                                   ReadChildren(stream, Memory(), itemCount, albumItems));
 }
 
 std::int32_t AlbumListChunk::Write(Stream& stream) {

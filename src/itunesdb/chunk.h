@@ -65,7 +65,7 @@ class Chunk {
   Chunk(const Chunk&) = delete;
   Chunk& operator=(const Chunk&) = delete;
 
-  Arena& arena() const { return *arena_; }
+  Arena& Memory() const { return *arena_; }
 
  private:
   Arena* arena_;

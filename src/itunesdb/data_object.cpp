@@ -75,7 +75,7 @@ std::int32_t DataObjectChunk::Read(Stream& stream) {
       break;
     case BodyKind::kByteText:
       bodyLength = AtMostRemaining(stream, LengthBeyond(DataObjectHeader::kKnownLength), 1);
-      byteText = ReadArray<char>(stream, arena(), bodyLength);
+      byteText = ReadArray<char>(stream, Memory(), bodyLength);
       break;
     case BodyKind::kIndexList:
       ReadIndexList(stream);
@@ -85,7 +85,7 @@ std::int32_t DataObjectChunk::Read(Stream& stream) {
       break;
     case BodyKind::kRaw:
       bodyLength = AtMostRemaining(stream, LengthBeyond(headerLength), 1);
-      rawBody = ReadArray<std::uint8_t>(stream, arena(), bodyLength);
+      rawBody = ReadArray<std::uint8_t>(stream, Memory(), bodyLength);
       break;
   }
   return static_cast<std::int32_t>(totalLength);
@@ -102,7 +102,7 @@ void DataObjectChunk::ReadWideText(Stream& stream) {
   stream.SkipBy(WideTextHeader::kKnownLength);
   const std::uint32_t units = AtMostRemaining(stream, bodyLength / 2, 2);
   if (units < bodyLength / 2) bodyLength = units * 2;
-  wideText = ReadArray<char16_t>(stream, arena(), units);
+  wideText = ReadArray<char16_t>(stream, Memory(), units);
   SwapOnBigEndian(wideText.data(), units);
 }
 
@@ -111,7 +111,7 @@ void DataObjectChunk::ReadIndexList(Stream& stream) {
   entryCount = ReadWord(stream, entryCount);
   stream.SkipBy(kIndexListGap);
   entryCount = AtMostRemaining(stream, entryCount, sizeof(std::uint32_t));
-  indexEntries = ReadArray<std::uint32_t>(stream, arena(), entryCount);
+  indexEntries = ReadArray<std::uint32_t>(stream, Memory(), entryCount);
   SwapOnBigEndian(indexEntries.data(), entryCount);
 }
 
@@ -120,7 +120,7 @@ void DataObjectChunk::ReadJumpTable(Stream& stream) {
   const std::uint32_t stated = ReadWord(stream, 0);
   stream.SkipBy(kJumpTableGap);
   const std::uint32_t count = AtMostRemaining(stream, stated, sizeof(JumpEntry));
-  jumpEntries = ReadArray<JumpEntry>(stream, arena(), count);
+  jumpEntries = ReadArray<JumpEntry>(stream, Memory(), count);
   for (JumpEntry& entry : jumpEntries) SwapOnBigEndian(entry.words, std::size(entry.words));
 }
 
@@ -183,7 +183,7 @@ std::uint32_t DataObjectChunk::WriteJumpTable(Stream& stream) {
 void DataObjectChunk::SetText(const char16_t* text) {
   if (!text) return;
   const std::u16string_view units(text);
-  wideText = ArenaArray<char16_t>::CopyOf(arena(), units);
+  wideText = ArenaArray<char16_t>::CopyOf(Memory(), units);
   bodyLength = static_cast<std::uint32_t>(units.size() * 2);
 }
 

@@ -99,7 +99,7 @@ void DatabaseChunk::Clear() {
 }
 
 DataSetChunk& DatabaseChunk::AddDataSet(std::uint32_t type) {
-  DataSetChunk& dataSet = dataSets.Append(arena(), MakeOwned<DataSetChunk>(arena(), arena()));
+  DataSetChunk& dataSet = dataSets.Append(Memory(), MakeOwned<DataSetChunk>(Memory(), Memory()));
   dataSet.dataSetType = type;
   return dataSet;
 }

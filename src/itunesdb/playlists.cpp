@@ -49,7 +49,7 @@ std::int32_t PlaylistItemChunk::Read(Stream& stream) {
     return FailedRead(stream);
   }
   return static_cast<std::int32_t>(headerLength +
-                                   ReadChildren(stream, arena(), dataObjectCount, dataObjects));
+                                   ReadChildren(stream, Memory(), dataObjectCount, dataObjects));
 }
 
 std::int32_t PlaylistItemChunk::Write(Stream& stream) {
@@ -74,8 +74,8 @@ std::int32_t PlaylistChunk::Read(Stream& stream) {
   }
   if (playlistId == 0) playlistId = NewPersistentId();
   std::uint32_t sum = headerLength;
-  sum += ReadChildren(stream, arena(), dataObjectCount, dataObjects);
-  sum += ReadChildren(stream, arena(), itemCount, items);
+  sum += ReadChildren(stream, Memory(), dataObjectCount, dataObjects);
+  sum += ReadChildren(stream, Memory(), itemCount, items);
   return static_cast<std::int32_t>(sum);
 }
 
@@ -110,9 +110,9 @@ DataObjectChunk& PlaylistChunk::GetOrAddDataObject(std::uint32_t type) {
   if (type != 0) {
     if (DataObjectChunk* found = FindDataObject(type)) return *found;
   }
-  Owned<DataObjectChunk> object = MakeOwned<DataObjectChunk>(arena(), arena());
+  Owned<DataObjectChunk> object = MakeOwned<DataObjectChunk>(Memory(), Memory());
   object->objectType = type;
-  return dataObjects.Append(arena(), std::move(object));
+  return dataObjects.Append(Memory(), std::move(object));
 }
 
 PlaylistListChunk::PlaylistListChunk(Arena& arena) : Chunk(arena) {
@@ -125,7 +125,7 @@ std::int32_t PlaylistListChunk::Read(Stream& stream) {
   if (!ReadListHeader(stream, headerLength, playlistCount)) return FailedRead(stream);
   ClearPlaylists();
   return static_cast<std::int32_t>(headerLength +
-                                   ReadChildren(stream, arena(), playlistCount, playlists));
+                                   ReadChildren(stream, Memory(), playlistCount, playlists));
 }
 
 std::int32_t PlaylistListChunk::Write(Stream& stream) {
@@ -144,7 +144,7 @@ PlaylistChunk& PlaylistListChunk::EnsureMasterPlaylist() {
 }
 
 PlaylistChunk& PlaylistListChunk::AddPlaylist() {
-  return playlists.Append(arena(), MakeOwned<PlaylistChunk>(arena(), arena()));
+  return playlists.Append(Memory(), MakeOwned<PlaylistChunk>(Memory(), Memory()));
 }
 
 void PlaylistListChunk::ClearPlaylists() {

@@ -26,15 +26,15 @@ std::int32_t TrackItemChunk::Read(Stream& stream) {
                                    *this)) {
     return FailedRead(stream);
   }
-  dataObjects.ShrinkTo(arena(), dataObjectCount);
+  dataObjects.ShrinkTo(Memory(), dataObjectCount);
   headerTail = {};
   if (headerLength > kKnownLength) {
     const auto length = static_cast<std::uint32_t>(
         std::min<std::uint64_t>(headerLength - kKnownLength, stream.Remaining()));
-    headerTail = ReadArray<std::uint8_t>(stream, arena(), length);
+    headerTail = ReadArray<std::uint8_t>(stream, Memory(), length);
     headerLength = kKnownLength + length;
   }
-  ReadChildren(stream, arena(), dataObjectCount, dataObjects);
+  ReadChildren(stream, Memory(), dataObjectCount, dataObjects);
   return static_cast<std::int32_t>(totalLength);
 }
 
@@ -75,7 +75,7 @@ std::int32_t TrackListChunk::Read(Stream& stream) {
   if (!ReadListHeader(stream, headerLength, itemCount)) return FailedRead(stream);
   std::uint32_t sum = headerLength;
   sum +=
-      ReadChildren<TrackItemChunk>(stream, arena(), itemCount, [this](Owned<TrackItemChunk> item) {
+      ReadChildren<TrackItemChunk>(stream, Memory(), itemCount, [this](Owned<TrackItemChunk> item) {
         const std::uint32_t id = item->trackId;
         tracks.Add(id, std::move(item));
       });
