@@ -51,8 +51,8 @@ std::error_code CreateEmpty(const fs::path& file) {
                     : std::make_error_code(std::errc::io_error);
 }
 
-// What the user may want to know when the reason of a failure cannot be told: that little space is
-// left.
+// What the user may want to know when the reason of a
+// failure cannot be told: that little space is left.
 std::string SpaceHint(const fs::path& file) {
   constexpr std::uintmax_t kLittle = 64U << 20U;
   std::error_code error;

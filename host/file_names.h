@@ -26,8 +26,8 @@ class NamePattern {
   // Fails with std::invalid_argument, whose message tells what is wrong with the pattern.
   explicit NamePattern(std::string_view text);
 
-  // The folders of a track's path and, last, its file's name without the extension. Every component
-  // is safe.
+  // The folders of a track's path and, last, its file's
+  // name without the extension. Every component is safe.
   std::vector<std::string> ComponentsFor(const Track& track) const;
 
  private:

@@ -123,8 +123,8 @@ Library::~Library() {
 
 DeviceKind Library::FindDevice() {
   if (IsIPodConnected() == 0) return kind_ = DeviceKind::kNone;
-  // While no connection is open, only a player in disk mode lets itself be listed: it has nothing
-  // to list.
+  // While no connection is open, only a player in disk
+  // mode lets itself be listed: it has nothing to list.
   Listing listing;
   const bool listed = EnumGenericFileFromIPod(0, AddFile, &listing) != 0;
   return kind_ = listed ? DeviceKind::kDisk : DeviceKind::kPhone;

@@ -11,8 +11,8 @@ struct Sequence {
   std::size_t length;  // in bytes
 };
 
-// The character that begins at a place. Over-long forms, surrogates and cut sequences count as one
-// bad byte.
+// The character that begins at a place. Over-long forms,
+// surrogates and cut sequences count as one bad byte.
 Sequence DecodeAt(std::string_view text, std::size_t position) {
   const auto lead = static_cast<unsigned char>(text[position]);
   if (lead < 0x80) return {lead, 1};

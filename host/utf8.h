@@ -25,8 +25,8 @@ std::string MakePrintable(std::string_view text);
 // True for the characters that MakePrintable replaces.
 bool IsControl(char32_t character);
 
-// The text without regard to case: equal for texts that differ in case only, in the alphabets of
-// Europe.
+// The text without regard to case: equal for texts that
+// differ in case only, in the alphabets of Europe.
 std::string FoldCase(std::string_view text);
 
 }  // namespace quaylink::host

@@ -130,8 +130,8 @@ TEST_F(MobileRoadTest, ListingAndAnyFileUseTheHostsSessionUnlessTheyAreToConnect
   EXPECT_FALSE(manager.sessionOpen);
 }
 
-// Whatever fails on the phone, the operation fails and no session it opened stays open; the next
-// attempt succeeds.
+// Whatever fails on the phone, the operation fails and no
+// session it opened stays open; the next attempt succeeds.
 TEST_F(MobileRoadTest, AFailureOfThePhoneIsOverWithTheOperation) {
   AddMusic();
   ASSERT_TRUE(manager.CopyDatabase("C:\\db"));

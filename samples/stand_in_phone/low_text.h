@@ -1,5 +1,5 @@
-// A text whose address fits in 32 bits, whatever the build: the device record has no more room for
-// it.
+// A text whose address fits in 32 bits, whatever the
+// build: the device record has no more room for it.
 #pragma once
 
 #include <cstdint>

@@ -80,8 +80,8 @@ class StandInPhone {
   // The names of the entry points called so far.
   std::vector<std::string> CalledNames() const;
   void ForgetLog();
-  // What went wrong so far, directories, information, files and subscriptions that are still open
-  // included.
+  // What went wrong so far, directories, information,
+  // files and subscriptions that are still open included.
   std::vector<std::string> Complaints() const;
   bool IsSessionOpen() const;
 

@@ -54,8 +54,8 @@ std::string Unescape(std::string_view text) {
   return plain;
 }
 
-// Whether the block device of that number ("8:17") is a disk whose medium is removable, or a part
-// of one.
+// Whether the block device of that number ("8:17") is
+// a disk whose medium is removable, or a part of one.
 bool IsRemovable(const fs::path& sysfs, const std::string& number) {
   std::error_code failed;
   const fs::path device = fs::canonical(sysfs / "dev/block" / number, failed);

@@ -51,8 +51,8 @@ bool WriteAll(const Descriptor& file, const char* bytes, std::size_t size) {
   return true;
 }
 
-// Copies what is left of the source. The result is null, or the path on which a call failed, with
-// errno set.
+// Copies what is left of the source. The result is null,
+// or the path on which a call failed, with errno set.
 const fs::path* CopyContents(const Descriptor& source, const fs::path& sourcePath,
                              const Descriptor& destination, const fs::path& destinationPath) {
   std::vector<char> block(kCopyBlock);

@@ -14,8 +14,8 @@
 
 namespace quaylink::portable {
 
-// Says on stderr that `what` was called with a handle that is not open, and aborts where the
-// machine wants it.
+// Says on stderr that `what` was called with a handle that
+// is not open, and aborts where the machine wants it.
 void ReportBadHandle(const char* what);
 
 std::uintptr_t NextHandleValue();
@@ -30,8 +30,8 @@ class HandleTable {
     return handle;
   }
 
-  // The object behind an open handle; null for any other, which is reported under the caller's
-  // name.
+  // The object behind an open handle; null for any
+  // other, which is reported under the caller's name.
   Object* Find(Handle handle, const char* caller) {
     const auto found = objects_.find(handle);
     if (found != objects_.end()) return &found->second;
