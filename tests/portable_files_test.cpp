@@ -17,7 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using portable::CurrentMachine;
 using portable::HostPath;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 LONG LastError() {
   return static_cast<LONG>(GetLastError());

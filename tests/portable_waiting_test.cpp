@@ -11,7 +11,6 @@ namespace quaylink {
 namespace {
 
 using stand_in::Announcement;
-using testing::Contains;
 using testing::Each;
 using testing::SizeIs;
 
