@@ -27,10 +27,16 @@ std::pair<CLI::App&, Options&> Add(CLI::App& app, Command& chosen, const char* n
   return {*command, *options};
 }
 
+// An argument that is there but empty comes from a variable that is not set, and means nothing.
+std::string RefuseEmpty(const std::string& text) {
+  return text.empty() ? "must not be empty" : "";
+}
+
 void AddDestination(CLI::App& command, CopyOptions& options) {
   command
       .add_option("DEST", options.destination,
                   "The file to write (or replace), or a folder to put a new file into")
+      ->check(RefuseEmpty)
       ->required()
       ->type_name("PATH");
 }
@@ -79,8 +85,10 @@ void AddStatusCommand(CLI::App& app, Command& chosen) {
 void AddTracksCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "tracks", "List the tracks of a device or of a database file", ListTracks);
-  command.add_option("FILE", options.file,
-                     "A copied music database; without it that of the attached device");
+  command
+      .add_option("FILE", options.file,
+                  "A copied music database; without it that of the attached device")
+      ->check(RefuseEmpty);
   CLI::Option* json = command.add_flag("--json", options.json, "Print a JSON array of objects");
   command.add_flag("--csv", options.csv, "Print comma-separated values")->excludes(json);
   AddFilterOptions(command, options.filter);
@@ -96,6 +104,7 @@ void AddExportCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "export", "Copy the device's music into a folder", Export);
   command.add_option("DEST", options.destination, "The folder, made when it is missing")
+      ->check(RefuseEmpty)
       ->required()
       ->type_name("FOLDER");
   command
@@ -154,6 +163,7 @@ void AddPullCommand(CLI::App& app, Command& chosen) {
       .add_option("DEVICE_PATH", options.devicePath,
                   "A path as 'quaylink files' prints it; for a player in disk mode a path on its "
                   "drive, such as F:\\Notes\\a.txt")
+      ->check(RefuseEmpty)
       ->required()
       ->type_name("");
   AddDestination(command, options);

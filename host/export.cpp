@@ -13,14 +13,18 @@
 
 namespace quaylink::host {
 
+namespace fs = std::filesystem;
+
 namespace {
 
 constexpr std::string_view kFinishing =
     "Finishing this copy; press Ctrl-C again to stop at once.\n";
 
-}  // namespace
+std::string NoFolder(const fs::path& folder, const std::error_code& error) {
+  return Shown(folder) + ": the folder cannot be made: " + ReasonOf(error);
+}
 
-namespace fs = std::filesystem;
+}  // namespace
 
 fs::path ExportReport::FileOf(const ExportItem& item) const {
   return (folder / PathOf(item.path)).make_preferred();
@@ -57,6 +61,7 @@ int Exporter::Run() {
   // A person who watches the bar needs no line for each track.
   tellsCopies_ =
       !json_ && !program_.quiet && (program_.verbose || !(barShown && IsTerminal(Stream::kOutput)));
+  MakeFolder();
   // From here on a copy under way is finished first.
   DeferInterrupts(program_.quiet ? "" : kFinishing);
   {
@@ -75,6 +80,13 @@ int Exporter::Run() {
   return report_.Count(Fate::kFailed) + report_.Count(Fate::kPending) == 0 ? kSuccess : kFailure;
 }
 
+// Without it no track could be copied.
+void Exporter::MakeFolder() const {
+  std::error_code error;
+  fs::create_directories(report_.folder, error);
+  if (error) throw Failure(NoFolder(report_.folder, error));
+}
+
 // A copy gets its final name only when it is whole.
 bool Exporter::IsFinished(const ExportItem& item) const {
   std::error_code error;
@@ -91,7 +103,7 @@ bool Exporter::Copy(ExportItem& item) {
   fs::create_directories(file.parent_path(), error);
   CopyResult result;
   if (error) {
-    result.problem = Shown(file.parent_path()) + ": the folder cannot be made: " + ReasonOf(error);
+    result.problem = NoFolder(file.parent_path(), error);
   } else {
     result = CopyBeside(library_.TrackJob(item.track), file);
   }

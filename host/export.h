@@ -46,6 +46,7 @@ class Exporter {
   int Run();
 
  private:
+  void MakeFolder() const;
   bool IsFinished(const ExportItem& item) const;
   // False when going on is of no use.
   bool Copy(ExportItem& item);

@@ -102,7 +102,9 @@ std::optional<std::string> ToLibrary(std::string_view text) {
 
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path) {
   // A path that began with a letter and a colon, or a backslash, would mean a player's drive.
-  return std::filesystem::absolute(path).native();
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+  return (error ? path : absolute).native();
 }
 
 void MakeOrdinary(const std::filesystem::path& path) {

@@ -9,8 +9,8 @@
 
 namespace quaylink::host {
 
-// A table of at most the given number of columns, the
-// columns aligned and long texts cut; 0 cuts nothing.
+// A table for a terminal of that many columns, its own columns aligned and long texts cut, though
+// none to less than a few letters; 0 cuts nothing.
 std::string TrackTable(const std::vector<Track>& tracks, std::size_t width);
 
 // Comma-separated values with a line of names, quoted where a value needs it.

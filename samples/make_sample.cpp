@@ -14,7 +14,7 @@ using namespace quaylink::samples;
 namespace {
 
 void WriteFile(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
-  fs::create_directories(path.parent_path());
+  if (path.has_parent_path()) fs::create_directories(path.parent_path());
   std::ofstream file(path, std::ios::binary);
   file.exceptions(std::ios::badbit | std::ios::failbit);
   file.write(reinterpret_cast<const char*>(bytes.data()),

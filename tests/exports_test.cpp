@@ -94,13 +94,6 @@ TEST_F(ExportsTest, NullArgumentsAreFailures) {
   EXPECT_EQ(CopyGenericFileFromIPod(0, "C:\\copy", nullptr), 0);
 }
 
-TEST_F(ExportsTest, TheHostsErrorModeIsAsBeforeAfterACall) {
-  InitializeIPod();
-  const UINT mode = SetErrorMode(SEM_NOOPENFILEERRORBOX);
-  EXPECT_EQ(IsIPodConnected(), 0);
-  EXPECT_EQ(SetErrorMode(mode), UINT{SEM_NOOPENFILEERRORBOX});
-}
-
 TEST_F(ExportsTest, ASecondManagerBeginsWithoutRecordsAndTheFirstIsGone) {
   InitializeIPod();
   ASSERT_EQ(ParseITunesDB(DatabaseOf(3).c_str(), 0, nullptr), 3);

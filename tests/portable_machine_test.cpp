@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/portable/machine.h"
+#include "quaylink/quaylink.h"
 #include "support/test_machine.h"
 #include "usb/registry.h"
 #include "usb/usb_device_list.h"
@@ -20,6 +21,21 @@ namespace {
 
 namespace fs = std::filesystem;
 using portable::CurrentMachine;
+
+TEST(Exports, ShowNoBoxWhileTheyRunAndKeepTheHostsErrorMode) {
+  TestMachine machine;
+  UINT during = 0;
+  CurrentMachine().update = [&during](portable::Machine&) {
+    during = SetErrorMode(0);
+    SetErrorMode(during);
+  };
+  const UINT mode = SetErrorMode(SEM_NOOPENFILEERRORBOX);
+  InitializeIPod();
+  EXPECT_EQ(IsIPodConnected(), 0);
+  TerminateIPod();
+  EXPECT_EQ(during, SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
+  EXPECT_EQ(SetErrorMode(mode), SEM_NOOPENFILEERRORBOX);
+}
 
 TEST(MachineFolder, IsReadAnewSoThatComingAndGoingIsSeen) {
   TestMachine machine;

@@ -39,6 +39,8 @@ TEST(Shell, ATrailingBackslashIsTakenOff) {
   const std::string japanese = "C:\\\x8E\x91\x97\xBF\x95\x5C";
   CurrentMachine().specialFolders[CSIDL_PERSONAL] = {japanese, ShellName::kInline};
   EXPECT_EQ(GetSpecialFolderPath(CSIDL_PERSONAL), japanese);
+  CurrentMachine().hostProgramPath = "C:\\\x95\x5C.exe";
+  EXPECT_EQ(GetApplicationFolder(), "C:");
 }
 
 TEST(Shell, GivesNoPathWithoutDesktopOrAllocatorOrWhenItIsTooLong) {

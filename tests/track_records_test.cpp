@@ -110,8 +110,11 @@ TEST_F(TrackRecordsTest, TextsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes
 }
 
 TEST_F(TrackRecordsTest, ATrackWithoutTextsIsARecordOfZeros) {
-  const TrackRecord record = RecordOf(0, "");
-  EXPECT_EQ(std::string(reinterpret_cast<const char*>(&record), sizeof(record)), Zeros(1024));
+  for (const char driveLetter : {'\0', 'E'}) {
+    manager.driveLetter = driveLetter;
+    const TrackRecord record = RecordOf(0, "");
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(&record), sizeof(record)), Zeros(1024));
+  }
 }
 
 TEST_F(TrackRecordsTest, AParseReplacesTheRecordsOnlyWhenItSucceeds) {

@@ -86,6 +86,13 @@ TEST(TrackListTest, TracksAreOrderedByUnsignedIdAndTheFirstOfAnIdStays) {
                           Track(0x80000000, 0, "")));
 }
 
+TEST(TrackListTest, TheFirstOfNeighboursWithOneIdStays) {
+  Arena arena;
+  TrackListChunk list(arena);
+  ReadBytes(list, ListBytes("mhlt", 2, Track(30, 0, "") + Track(30, 0, "")));
+  EXPECT_EQ(IdsOf(list), std::vector<std::uint32_t>{30});
+}
+
 TEST(TrackListTest, AnItemThatFailsStandsUnderIdZeroAndTakesOneOffTheSum) {
   const std::string good = Track(5, 0, "");
   Arena arena;

@@ -45,8 +45,6 @@ void Follow(PhoneSetUp& setUp, const std::string& instruction, std::istream& lin
     setUp.identifier = identifier == "none" ? std::nullopt : std::optional(identifier);
   } else if (instruction == "announce") {
     SetAnnouncement(setUp, Rest(line));
-  } else if (instruction == "null-device") {
-    setUp.announcesNullDevice = true;
   } else if (instruction == "unpaired") {
     setUp.paired = false;
   } else if (instruction == "pairing-records") {

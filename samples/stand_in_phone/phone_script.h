@@ -6,7 +6,6 @@
 //   announce MILLISECONDS   announce the phone from another thread after that time; "at-once":
 //   before the
 //                           subscribe call returns; "never"
-//   null-device             the notification carries no device record
 //   unpaired                the phone does not know this computer yet
 //   pairing-records PATH    where pairing leaves a record
 //   fail NAME [N]           the N-th call of that entry point fails (the first when N is left out)

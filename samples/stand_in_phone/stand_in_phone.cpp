@@ -158,7 +158,7 @@ void StandInPhone::AnnounceTo(NotificationHandle subscription) {
     handedOut[28 / 4] = setUp.workFolderReadyWord;
     deviceRecord_ = handedOut;
   }
-  const NotificationRecord record{setUp.announcesNullDevice ? nullptr : handedOut.data()};
+  const NotificationRecord record{handedOut.data()};
   callback(&record);
   handedOut.fill(0);  // who wants to keep it takes a copy
 }

@@ -44,7 +44,6 @@ struct PhoneSetUp {
 
   Announcement announcement = Announcement::kBeforeSubscribeReturns;
   std::chrono::microseconds announcementDelay{0};
-  bool announcesNullDevice = false;       // the notification carries no device record
   std::uint32_t readyWord = 1;            // at byte 16 of the device record
   std::uint32_t workFolderReadyWord = 1;  // at byte 28
   std::optional<std::string> identifier = "00112233445566778899aabbccddeeff00112233";

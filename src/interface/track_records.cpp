@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <string_view>
 
 #include "common/local_file.h"
@@ -82,9 +83,11 @@ void CopyLocation(AnsiText text, char driveLetter, char (&field)[QUAYLINK_TEXT_S
   std::memcpy(field + prefix, text.bytes, text.length + 1);
 }
 
-// The texts of a track that a record holds; of several of one type the last.
+// The texts of a track that a record holds; of several of one type the last. A location that is
+// there but empty still gets its drive, so it is not the same as none.
 struct TrackTexts {
-  std::u16string_view location, artist, title, album;
+  std::optional<std::u16string_view> location;
+  std::u16string_view artist, title, album;
 };
 
 // They are looked up together, before any is converted: a large database lies far apart in memory,
@@ -140,7 +143,7 @@ void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
   for (const TrackMap::Entry& track : trackList.tracks) {
     const TrackTexts texts = TextsOf(*track.item);
     TrackRecord& record = trackRecords.emplace_back();
-    CopyLocation(Convert(texts.location), driveLetter, record.location);
+    if (texts.location) CopyLocation(Convert(*texts.location), driveLetter, record.location);
     CopyText(Convert(texts.artist), record.artist);
     CopyText(Convert(texts.title), record.title);
     CopyText(Convert(texts.album), record.album);

@@ -157,6 +157,7 @@ int WideCharToMultiByte(UINT codePage, DWORD flags, const WCHAR* wide, int wideL
     wideLength = static_cast<int>(std::char_traits<WCHAR>::length(wide)) + 1;
   }
   const UINT ansi = portable::CurrentMachine().ansiCodePage;
+  if (ansi != CP_UTF8 && ansi != 1252) return Fail(ERROR_INVALID_PARAMETER);
   const int size = Convert(ansi, wide, wideLength, bytes, byteCapacity);
   return size >= 0 ? size : Fail(ERROR_INSUFFICIENT_BUFFER);
 }
