@@ -119,7 +119,7 @@ TEST(DatabaseTest, WritingMoreDataSetsThanAreHeldThrows) {
 
 samples::Library SmallLibrary() {
   samples::Library library = samples::MakeLargeLibrary(12);
-  library.tracks[3].texts[0].text = u"終わりへ向かう始まりの歌";
+  library.tracks[3].texts[0].text = u"岬の灯へ向かう小さな舟歌";
   library.tracks[4].texts.clear();
   return library;
 }

@@ -43,7 +43,7 @@ TEST(HostFileNames, SafeNameGivesWhatWindowsAndLinuxBothTake) {
       {"COM10", "COM10"},
       {"Concert", "Concert"},
       {"bad \xFF byte", "bad _ byte"},
-      {"終わりへ", "終わりへ"},
+      {"岬の灯へ", "岬の灯へ"},
       {kRepeated, std::string(69, 'x')},
       // A character outside the basic plane counts as two units and is not cut apart.
       {std::string(68, 'x') + "\xF0\x9F\x8E\xB5", std::string(68, 'x')},

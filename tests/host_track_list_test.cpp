@@ -48,8 +48,8 @@ TEST(HostTexts, WidthCountsColumnsNotBytes) {
     EXPECT_EQ(DisplayWidth(testCase.text), testCase.width) << testCase.text;
   }
   EXPECT_EQ(Fit("ab", 4), "ab  ");
-  EXPECT_EQ(Fit("終わりへ", 6), "終わ… ");
-  EXPECT_EQ(Fit("終わりへ", 5), "終わ…");
+  EXPECT_EQ(Fit("岬の灯へ", 6), "岬の… ");
+  EXPECT_EQ(Fit("岬の灯へ", 5), "岬の…");
   EXPECT_EQ(Fit("abc", 0), "");
 }
 
@@ -64,7 +64,7 @@ Track MakeTrack(std::uint32_t index, const char* artist, const char* album, cons
 }
 
 std::vector<Track> SomeTracks() {
-  return {MakeTrack(0, "supercell", "Today Is A Beautiful Day", "終わりへ向かう始まりの歌"),
+  return {MakeTrack(0, "shiosai", "The Day Of The Big Tide", "岬の灯へ向かう小さな舟歌"),
           MakeTrack(1, "Björk", "Post, \"live\"", "Army\nof Me"),
           MakeTrack(2, "abba", "Gold", "Waterloo"), MakeTrack(3, "ABBA", "Arrival", "Tiger"),
           MakeTrack(4, "", "", "A title that is much longer than the others of this list")};

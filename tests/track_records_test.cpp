@@ -81,7 +81,7 @@ TEST_F(TrackRecordsTest, TextsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
       {std::u16string(252, u'x') + u"\U0001F3B5!", std::string(252, 'x')},
       {std::u16string(251, u'x') + u"\U0001F3B5!", std::string(251, 'x') + "\U0001F3B5"},
       {x254 + u"\xD800y", x254Bytes},
-      {u"君の知らない物語", "君の知らない物語"},
+      {u"海の知らない物語", "海の知らない物語"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(RecordOf(1, TextObject(1, c.text)).title, c.title) << c.title;

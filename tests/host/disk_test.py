@@ -35,7 +35,7 @@ class Tracks(HostTest):
                                  (["--match", "BJÖRK"], [4]),
                                  (["--match", "IN BLACK"], [1, 2]),
                                  (["--match", "向かう"], [0]),
-                                 (["--album", "post", "--artist", "cell"], []),
+                                 (["--album", "post", "--artist", "sai"], []),
                                  (["--sort", "artist"], [3, 1, 2, 4, 0]),
                                  (["--sort", "title", "--reverse"], [0, 2, 1, 4, 3]),
                                  (["--sort", "album"], [3, 1, 2, 4, 0]),
@@ -165,7 +165,7 @@ class Export(HostTest):
 
     def test_json_tells_the_fate_of_each_track(self):
         self.music("F01/CCCC.mp3").unlink()
-        self.run_program("export", self.out, "--artist", "supercell")
+        self.run_program("export", self.out, "--artist", "shiosai")
         output, errors = self.run_program("export", self.out, "--json", status=1)
         report = json.loads(output)
         self.assertEqual([report[key] for key in ("copied", "skipped", "failed", "notReached")],

@@ -63,14 +63,14 @@ def database(tracks):
 
 
 TRACKS = [
-    ("supercell", "Today Is A Beautiful Day", "終わりへ向かう始まりの歌", ":iPod_Control:Music:F00:AAAA.m4a"),
+    ("shiosai", "The Day Of The Big Tide", "岬の灯へ向かう小さな舟歌", ":iPod_Control:Music:F00:AAAA.m4a"),
     ("AC/DC", "Back: In Black", "What?", ":iPod_Control:Music:F00:BBBB.mp3"),
     ("AC/DC", "Back: In Black", "What?", ":iPod_Control:Music:F01:CCCC.mp3"),
     ("", "", "", ":iPod_Control:Music:F01:DDDD.wav"),
     ("Björk", "Post", "Hyper-ballad", ":iPod_Control:Music:F01:EEEE.mp3"),
 ]
 EXPORTED = [
-    "supercell/Today Is A Beautiful Day/終わりへ向かう始まりの歌.m4a",
+    "shiosai/The Day Of The Big Tide/岬の灯へ向かう小さな舟歌.m4a",
     "AC_DC/Back_ In Black/What_.mp3",
     "AC_DC/Back_ In Black/What_ (2).mp3",
     "Unknown Artist/Unknown Album/DDDD.wav",
