@@ -128,18 +128,9 @@ class OutOfMemoryTest : public testing::Test {
     EXPECT_GT(failures, 0u) << "nothing was tried";
   }
 
-  // Calls the operation once for each allocation that it makes, with that one failing.
   template <class Operation, class Check>
   void FailEachAllocation(Operation operation, Check check) {
-    std::uint64_t number = 0;
-    for (bool failed = true; failed; ++number) {
-      const FailingAllocation failing(number);
-      const std::int32_t result = operation();
-      failed = failing.HasFailed();
-      failures += failed ? 1 : 0;
-      check(result, failed);
-      ASSERT_FALSE(HasFailure()) << "allocation " << number;
-    }
+    failures += test::FailEachAllocation(operation, check);
   }
 
   static constexpr std::int32_t kTracks = 30;

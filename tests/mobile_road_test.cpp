@@ -7,9 +7,12 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
+#include <new>
 
 #include "interface/device_manager.h"
+#include "support/allocations.h"
 #include "support/attached_phone.h"
 #include "support/database_bytes.h"
 #include "support/loaded_library.h"
@@ -165,6 +168,33 @@ TEST_F(MobileRoadTest, AFailureOfThePhoneIsOverWithTheOperation) {
 }
 
 // A host over the exports, and libraries that are really loaded.
+TEST_F(MobileRoadTest, WantOfMemoryLeavesNothingOfThePhoneOpen) {
+  AddMusic();
+  phone.phone.setUp.paired = false;
+  phone.phone.setUp.aroundCalls = SuspendFailures;
+  std::vector<std::string> list;
+  const std::function<bool()> operations[] = {
+      [&] { return manager.CopyDatabase("C:\\db"); },
+      [&] { return manager.EnumerateFiles(true, list); },
+      [&] { return manager.CopyGenericFile(true, "/iTunes_Control/Music/A.m4a", "C:\\a"); },
+  };
+  for (const auto& operation : operations) {
+    const auto succeeds = [&] {
+      try {
+        return operation() ? 1 : 0;
+      } catch (const std::bad_alloc&) {
+        return 0;
+      }
+    };
+    const std::uint64_t failures = FailEachAllocation(succeeds, [&](int result, bool failed) {
+      EXPECT_EQ(result == 0, failed);
+      EXPECT_FALSE(manager.sessionOpen);
+      EXPECT_FALSE(phone.phone.IsSessionOpen());
+    });
+    EXPECT_GT(failures, 0u);
+  }
+}
+
 class PhoneHostTest : public testing::Test {
  protected:
   PhoneHostTest() {

@@ -56,6 +56,8 @@ struct PhoneSetUp {
 
   std::map<std::string, FailingCalls, std::less<>> failures = {};  // by the entry point's name
 
+  void (*aroundCalls)(bool begins) = nullptr;  // told of the beginning and the end of each call
+
   std::filesystem::path logFile = {};  // every call and complaint is added to it; empty: none
 };
 

@@ -11,6 +11,7 @@ constexpr std::uint64_t kNever = UINT64_MAX;
 thread_local Allocations allocations;
 thread_local std::uint64_t allocationsUntilFailure = kNever;
 thread_local bool hasFailed = false;
+thread_local bool areSuspended = false;
 
 }  // namespace
 
@@ -31,8 +32,12 @@ bool FailingAllocation::HasFailed() const {
   return hasFailed;
 }
 
+void SuspendFailures(bool suspended) {
+  areSuspended = suspended;
+}
+
 static void* Allocate(std::size_t size) noexcept {
-  if (allocationsUntilFailure != kNever && allocationsUntilFailure-- == 0) {
+  if (!areSuspended && allocationsUntilFailure != kNever && allocationsUntilFailure-- == 0) {
     allocationsUntilFailure = kNever;
     hasFailed = true;
     return nullptr;
