@@ -27,7 +27,7 @@ class ExportsTest : public testing::Test {
     for (std::uint32_t id = 1; id <= trackCount; ++id) {
       tracks += Track(id, 2, TextObject(1, u"Title") + TextObject(2, u":file"));
     }
-    const std::string path = "C:\\" + std::to_string(trackCount) + ".iTunesDB";
+    std::string path = "C:\\" + std::to_string(trackCount) + ".iTunesDB";
     machine.WriteFile(path, TrackDatabase(trackCount, tracks));
     return path;
   }
