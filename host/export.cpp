@@ -107,16 +107,20 @@ bool Exporter::Copy(ExportItem& item) {
   } else {
     result = CopyBeside(library_.TrackJob(item.track), file);
   }
-  // Without its device every copy would fail, on a phone after a wait.
-  deviceGone_ = !result.Good() && !result.diskFull && !library_.Connect();
-  if (deviceGone_) result.problem = "the device has gone away, or does not answer any more";
+  bool goesOn = result.Good();
+  if (!goesOn && !result.diskFull && TakesFiles(report_.folder)) {
+    // Without its device every copy would fail, on a phone after a wait.
+    goesOn = library_.Connect();
+    deviceGone_ = !goesOn;
+    if (deviceGone_) result.problem = "the device has gone away, or does not answer any more";
+  }
   item.problem = result.problem;
   item.fate = result.Good() ? Fate::kCopied : Fate::kFailed;
   if (result.Good()) {
     const std::uintmax_t size = fs::file_size(file, error);
     if (!error) report_.copiedBytes += size;
   }
-  return !result.diskFull && !deviceGone_;
+  return goesOn;
 }
 
 void Exporter::Tell(const ExportItem& item) const {

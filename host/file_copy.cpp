@@ -123,6 +123,14 @@ CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
   return LocalProblem(name, error);
 }
 
+bool TakesFiles(const fs::path& folder) {
+  const fs::path probe = folder / kPartSuffix;
+  const bool made = std::ofstream(probe).is_open();
+  std::error_code ignored;
+  fs::remove(probe, ignored);
+  return made;
+}
+
 std::string ShownSize(std::uintmax_t bytes) {
   if (bytes < 1000) return std::to_string(bytes) + " bytes";
   constexpr std::array kUnits = {"kB", "MB", "GB", "TB"};

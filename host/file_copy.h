@@ -34,6 +34,9 @@ inline constexpr std::string_view kPartSuffix = ".quaylink-part";
 // the destination is replaced by a whole copy or not at all.
 CopyResult CopyBeside(const CopyJob& job, const std::filesystem::path& destination);
 
+// Whether new files can be made in a folder at all.
+bool TakesFiles(const std::filesystem::path& folder);
+
 // A size for people: "3.4 MB".
 std::string ShownSize(std::uintmax_t bytes);
 

@@ -107,6 +107,12 @@ TEST_F(TrackRecordsTest, TextsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes
                       TextObject(3, u"Album") + TextObject(3, u""));
   EXPECT_STREQ(record.title, "ab");
   EXPECT_STREQ(record.album, "");
+
+  std::string titles;
+  for (const char16_t letter : std::u16string_view(u"a track of many titles")) {
+    titles += TextObject(1, std::u16string(1, letter)) + TextObject(9, u"no title");
+  }
+  EXPECT_STREQ(RecordOf(44, titles).title, "s");
 }
 
 TEST_F(TrackRecordsTest, ATrackWithoutTextsIsARecordOfZeros) {

@@ -1,9 +1,9 @@
 // From the chunks of a database to the records that a host gets.
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
-#include <optional>
 #include <string_view>
 
 #include "common/local_file.h"
@@ -83,39 +83,45 @@ void CopyLocation(AnsiText text, char driveLetter, char (&field)[QUAYLINK_TEXT_S
   std::memcpy(field + prefix, text.bytes, text.length + 1);
 }
 
-// The texts of a track that a record holds; of several of one type the last. A location that is
-// there but empty still gets its drive, so it is not the same as none.
-struct TrackTexts {
-  std::optional<std::u16string_view> location;
-  std::u16string_view artist, title, album;
+// A text that a record takes in, not yet converted.
+struct FoundText {
+  std::uint32_t type = 0;
+  std::u16string_view text;
 };
 
-// They are looked up together, before any is converted: a large database lies far apart in memory,
-// and the processor can wait for several places at once.
-TrackTexts TextsOf(const TrackItemChunk& item) {
-  TrackTexts texts;
-  const auto count = static_cast<std::uint32_t>(item.DataObjectCount());
-  for (std::uint32_t i = 0; i < count; ++i) {
-    const DataObjectChunk& object = item.DataObjectAt(i);
-    const std::u16string_view text(object.wideText.data(), object.wideText.size());
-    switch (object.objectType) {
-      case kTitleObject:
-        texts.title = text;
-        break;
-      case kLocationObject:
-        texts.location = text;
-        break;
-      case kAlbumObject:
-        texts.album = text;
-        break;
-      case kArtistObject:
-        texts.artist = text;
-        break;
-      default:
-        break;
-    }
+bool IsOfRecord(std::uint32_t objectType) {
+  return objectType >= kTitleObject && objectType <= kArtistObject;
+}
+
+void AddText(const FoundText& found, char driveLetter, TrackRecord& record) {
+  switch (found.type) {
+    case kTitleObject:
+      return CopyText(Convert(found.text), record.title);
+    case kLocationObject:
+      return CopyLocation(Convert(found.text), driveLetter, record.location);
+    case kAlbumObject:
+      return CopyText(Convert(found.text), record.album);
+    case kArtistObject:
+      return CopyText(Convert(found.text), record.artist);
+    default:
+      return;
   }
-  return texts;
+}
+
+// Several texts are looked up before any is converted: a large database lies far apart in memory,
+// and the processor can wait for several places at once.
+void AddTexts(const TrackItemChunk& item, char driveLetter, TrackRecord& record) {
+  std::array<FoundText, 8> found;
+  const auto count = static_cast<std::uint32_t>(item.DataObjectCount());
+  for (std::uint32_t i = 0; i < count;) {
+    std::size_t number = 0;
+    for (; i < count && number < found.size(); ++i) {
+      const DataObjectChunk& object = item.DataObjectAt(i);
+      if (!IsOfRecord(object.objectType)) continue;
+      found[number++] = {object.objectType, {object.wideText.data(), object.wideText.size()}};
+    }
+    for (std::size_t k = 0; k < number; ++k) AddText(found[k], driveLetter, record);
+  }
 }
 
 }  // namespace
@@ -141,12 +147,7 @@ bool DeviceManager::Parse(const char* databasePath) {
 
 void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
   for (const TrackMap::Entry& track : trackList.tracks) {
-    const TrackTexts texts = TextsOf(*track.item);
-    TrackRecord& record = trackRecords.emplace_back();
-    if (texts.location) CopyLocation(Convert(*texts.location), driveLetter, record.location);
-    CopyText(Convert(texts.artist), record.artist);
-    CopyText(Convert(texts.title), record.title);
-    CopyText(Convert(texts.album), record.album);
+    AddTexts(*track.item, driveLetter, trackRecords.emplace_back());
   }
 }
 

@@ -151,6 +151,10 @@ class Failures(HostTest):
                                (["tracks", file], "cannot be opened")]:
             errors = self.failure(*command, preexec_fn=obey_permissions)
             self.assertTrue(errors.endswith(words + ": Permission denied\n"), errors)
+        output, errors = self.run_program("export", self.out, status=1,
+                                          preexec_fn=obey_permissions)
+        self.assertEqual(errors.count("the folder cannot be made: Permission denied"), 1, errors)
+        self.assertIn(f"1 failed, {len(TRACKS) - 1} not reached", output)
 
     def test_output_that_cannot_be_written(self):
         file = self.folder / "copy.iTunesDB"
