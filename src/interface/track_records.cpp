@@ -108,8 +108,8 @@ void AddText(const FoundText& found, char driveLetter, TrackRecord& record) {
   }
 }
 
-// Several texts are looked up before any is converted: a large database lies far apart in memory,
-// and the processor can wait for several places at once.
+// Several texts are looked up before any is converted, and each before its type is looked at: a
+// large database lies far apart in memory, and the processor can wait for several places at once.
 void AddTexts(const TrackItemChunk& item, char driveLetter, TrackRecord& record) {
   std::array<FoundText, 8> found;
   const auto count = static_cast<std::uint32_t>(item.DataObjectCount());
@@ -117,8 +117,8 @@ void AddTexts(const TrackItemChunk& item, char driveLetter, TrackRecord& record)
     std::size_t number = 0;
     for (; i < count && number < found.size(); ++i) {
       const DataObjectChunk& object = item.DataObjectAt(i);
-      if (!IsOfRecord(object.objectType)) continue;
-      found[number++] = {object.objectType, {object.wideText.data(), object.wideText.size()}};
+      found[number] = {object.objectType, {object.wideText.data(), object.wideText.size()}};
+      if (IsOfRecord(object.objectType)) ++number;
     }
     for (std::size_t k = 0; k < number; ++k) AddText(found[k], driveLetter, record);
   }
