@@ -7,7 +7,7 @@
 #include <system_error>
 
 #include "common/ascii.h"
-#include "platform/portable/host_folder.h"
+#include "platform/portable/folder_listing.h"
 #include "platform/portable/machine.h"
 
 namespace quaylink::portable {

@@ -4,8 +4,8 @@
 #include <system_error>
 
 #include "platform/portable/errors.h"
+#include "platform/portable/folder_listing.h"
 #include "platform/portable/handles.h"
-#include "platform/portable/host_folder.h"
 #include "platform/portable/machine.h"
 #include "platform/portable/texts.h"
 

@@ -1,0 +1,148 @@
+#include "cli/file_copy.h"
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <fstream>
+#include <optional>
+#include <system_error>
+
+#include "cli/paths.h"
+#include "cli/system.h"
+
+namespace quaylink::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The library writes in blocks of this many bytes: a disk that refused one has no room for another.
+constexpr std::size_t kBlockSize = 24576;
+
+// A file that does not outlive an interruption, nor this object unless it is kept.
+class UnfinishedFile {
+ public:
+  explicit UnfinishedFile(const fs::path& path) : path_(path) { SetRemovedOnInterrupt(path_); }
+  UnfinishedFile(const UnfinishedFile&) = delete;
+  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+  ~UnfinishedFile() {
+    SetRemovedOnInterrupt({});
+    std::error_code ignored;
+    if (!kept_) fs::remove(path_, ignored);
+  }
+  void Keep() { kept_ = true; }
+
+ private:
+  fs::path path_;
+  bool kept_ = false;
+};
+
+CopyResult LocalProblem(const std::string& name, const std::error_code& error) {
+  const std::string text = name + ": cannot be written: " + ReasonOf(error);
+  const bool full = error == std::errc::no_space_on_device;
+  return {full ? text + "; free some space and run again" : text, full};
+}
+
+std::error_code CreateEmpty(const fs::path& file) {
+  errno = 0;
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  if (stream) return {};
+  return errno != 0 ? std::error_code(errno, std::generic_category())
+                    : std::make_error_code(std::errc::io_error);
+}
+
+// What the user may want to know when the reason of a
+// failure cannot be told: that little space is left.
+std::string SpaceHint(const fs::path& file) {
+  constexpr std::uintmax_t kLittle = 64U << 20U;
+  std::error_code error;
+  const fs::space_info space =
+      fs::space(file.parent_path().empty() ? "." : file.parent_path(), error);
+  if (error || space.available >= kLittle) return {};
+  return " (only " + ShownSize(space.available) + " are left on the disk of the copy)";
+}
+
+CopyResult Check(const CopyJob& job, const fs::path& file, const std::string& name) {
+  MakeOrdinary(file);
+  if (const auto error = TryToGrowAndFlush(file, job.noticesWriteErrors ? 0 : kBlockSize)) {
+    return LocalProblem(name, error);
+  }
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(file, error);
+  if (error) return LocalProblem(name, error);
+  // An empty file is never copied with success where write errors go unnoticed.
+  if (size == 0 && !job.noticesWriteErrors) {
+    return {name + ": the copy came out empty" + SpaceHint(file), false};
+  }
+  return {};
+}
+
+// Copies to a file that messages call by the given name.
+CopyResult CopyTo(const CopyJob& job, const fs::path& file, const std::string& name) {
+  const std::optional<std::string> localPath = LocalPathForLibrary(file);
+  if (!localPath) {
+    return {LacksCharacter(name), false};
+  }
+  // The library tells no reasons: whether the destination can be written shows beforehand.
+  if (const auto error = CreateEmpty(file)) return LocalProblem(name, error);
+  UnfinishedFile unfinished(file);
+  if (!job.copy(localPath->c_str())) {
+    std::error_code error;
+    if (fs::exists(file, error)) {
+      MakeOrdinary(file);
+      error = TryToGrowAndFlush(file, kBlockSize);
+      if (error) return LocalProblem(name, error);
+    }
+    return {job.readProblem + SpaceHint(file), false};
+  }
+  CopyResult result = Check(job, file, name);
+  if (result.Good()) unfinished.Keep();
+  return result;
+}
+
+}  // namespace
+
+CopyResult CopyChecked(const CopyJob& job, const fs::path& file) {
+  return CopyTo(job, file, Shown(file));
+}
+
+CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
+  const std::string name = Shown(destination);
+  std::error_code error;
+  if (fs::exists(destination, error) && !fs::is_regular_file(destination, error)) {
+    return {name + ": is there already, and is no ordinary file", false};
+  }
+  fs::path part = destination;
+  part += kPartSuffix;
+  CopyResult result = CopyTo(job, part, name);
+  if (!result.Good()) return result;
+  fs::rename(part, destination, error);
+  if (!error) return {};
+  std::error_code ignored;
+  fs::remove(part, ignored);
+  return LocalProblem(name, error);
+}
+
+bool TakesFiles(const fs::path& folder) {
+  const fs::path probe = folder / kPartSuffix;
+  const bool made = std::ofstream(probe).is_open();
+  std::error_code ignored;
+  fs::remove(probe, ignored);
+  return made;
+}
+
+std::string ShownSize(std::uintmax_t bytes) {
+  if (bytes < 1000) return std::to_string(bytes) + " bytes";
+  constexpr std::array kUnits = {"kB", "MB", "GB", "TB"};
+  double size = static_cast<double>(bytes) / 1000;
+  std::size_t unit = 0;
+  while (size >= 1000 && unit + 1 < kUnits.size()) {
+    size /= 1000;
+    ++unit;
+  }
+  std::array<char, 32> text = {};
+  std::snprintf(text.data(), text.size(), "%.1f %s", size, kUnits[unit]);
+  return text.data();
+}
+
+}  // namespace quaylink::cli

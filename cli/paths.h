@@ -1,0 +1,25 @@
+// Local paths and their texts in UTF-8.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace quaylink::cli {
+
+std::filesystem::path PathOf(std::string_view text);
+
+// The path itself, but for what is no text in it.
+std::string TextOf(const std::filesystem::path& path);
+
+// The path as messages show it.
+std::string Shown(const std::filesystem::path& path);
+
+// What the system says about an error.
+std::string ReasonOf(const std::error_code& error);
+
+// What is wrong with a file whose path cannot be told to the library.
+std::string LacksCharacter(const std::string& name);
+
+}  // namespace quaylink::cli

@@ -1,0 +1,62 @@
+// The few things that the program needs of the operating system beyond the standard library. One
+// source file for each system implements them.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+namespace quaylink::cli {
+
+// Where a user of this system finds everything about the program, for a sentence.
+extern const std::string_view kWholeManual;
+// What a user of this system can do when a phone does not answer.
+extern const std::string_view kPhoneAdvice;
+
+enum class Stream { kOutput, kError };
+
+// The program's arguments in UTF-8, without its name.
+std::vector<std::string> Arguments(int argc, char** argv);
+
+// Makes the output streams take texts as they are.
+void PrepareOutput();
+bool IsTerminal(Stream stream);
+// True on a terminal that shows colours to a user who has not forbidden them (NO_COLOR).
+bool ShowsColours(Stream stream);
+// Columns of the terminal, 80 when it does not tell.
+std::size_t TerminalWidth(Stream stream);
+// Writes a UTF-8 text; false when it could not be written whole.
+bool Write(Stream stream, std::string_view text);
+
+// A text or local path that the library or the system hands out, in UTF-8, and valid.
+std::string FromLibrary(std::string_view text);
+// A text as the library takes it; nothing when the system's code page lacks a character of it.
+std::optional<std::string> ToLibrary(std::string_view text);
+// The same for a path on this computer.
+std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path);
+
+// Makes an existing file writable and visible: a player's files may be marked read-only and hidden,
+// and copies made by the system keep such marks.
+void MakeOrdinary(const std::filesystem::path& path);
+
+// Asks the disk for room for some more bytes behind the file's own, gives them back, and waits
+// until the file is on the disk. A disk that refused part of the file refuses here again.
+std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t moreBytes);
+
+// Creates a new empty file in the system's folder for temporary files.
+std::filesystem::path CreateTemporaryFile();
+
+// From now on Ctrl-C removes the file set here (none when empty), and ends the program. Windows
+// does not let go of a file while the library writes it: one that is being copied stays there.
+void HandleInterrupts();
+void SetRemovedOnInterrupt(const std::filesystem::path& path);
+// From now on the first Ctrl-C only makes InterruptRequested true, and writes a notice to the error
+// stream; a second one ends the program.
+void DeferInterrupts(std::string_view notice);
+bool InterruptRequested();
+
+}  // namespace quaylink::cli

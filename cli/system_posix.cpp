@@ -1,0 +1,168 @@
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "cli/system.h"
+#include "cli/utf8.h"
+
+namespace quaylink::cli {
+
+const std::string_view kWholeManual = "'man quaylink'";
+const std::string_view kPhoneAdvice =
+    "A phone's files are reached on Windows only, with its maker's device software.";
+
+namespace {
+
+// What the signal handler reads. The path is written while no file is set.
+std::array<char, 4096> removedPath;
+volatile std::sig_atomic_t removesPath = 0;
+volatile std::sig_atomic_t defersInterrupts = 0;
+volatile std::sig_atomic_t interruptRequested = 0;
+std::string interruptNotice;  // set before interrupts are deferred
+
+extern "C" void OnInterrupt(int signalNumber) {
+  if (defersInterrupts != 0 && interruptRequested == 0) {
+    interruptRequested = 1;
+    const int codeBefore = errno;
+    [[maybe_unused]] const ssize_t ignored =
+        write(STDERR_FILENO, interruptNotice.data(), interruptNotice.size());
+    errno = codeBefore;
+    return;
+  }
+  if (removesPath != 0) unlink(removedPath.data());
+  // Ended by the signal itself, so that a calling shell sees it.
+  std::signal(signalNumber, SIG_DFL);
+  std::raise(signalNumber);
+}
+
+int DescriptorOf(Stream stream) {
+  return stream == Stream::kOutput ? STDOUT_FILENO : STDERR_FILENO;
+}
+
+std::error_code LastError() {
+  return {errno, std::generic_category()};
+}
+
+std::error_code TryToGrow(int descriptor, std::size_t moreBytes) {
+  const off_t size = lseek(descriptor, 0, SEEK_END);
+  if (size < 0) return LastError();
+  const std::string more(moreBytes, '\0');
+  const ssize_t written = write(descriptor, more.data(), more.size());
+  const std::error_code refused = written < 0 ? LastError() : std::error_code();
+  if (ftruncate(descriptor, size) != 0) return LastError();
+  if (refused || static_cast<std::size_t>(written) == more.size()) return refused;
+  return std::make_error_code(std::errc::no_space_on_device);
+}
+
+}  // namespace
+
+std::vector<std::string> Arguments(int argc, char** argv) {
+  return {argv + 1, argv + argc};
+}
+
+void PrepareOutput() {}
+
+bool IsTerminal(Stream stream) {
+  return isatty(DescriptorOf(stream)) == 1;
+}
+
+bool ShowsColours(Stream stream) {
+  const char* terminal = std::getenv("TERM");
+  return IsTerminal(stream) && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
+         std::strcmp(terminal, "dumb") != 0;
+}
+
+std::size_t TerminalWidth(Stream stream) {
+  winsize size = {};
+  const bool known = ioctl(DescriptorOf(stream), TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return known ? size.ws_col : 80;
+}
+
+bool Write(Stream stream, std::string_view text) {
+  std::FILE* file = stream == Stream::kOutput ? stdout : stderr;
+  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+}
+
+std::string FromLibrary(std::string_view text) {
+  return MakeValid(text);
+}
+
+std::optional<std::string> ToLibrary(std::string_view text) {
+  return std::string(text);
+}
+
+std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path) {
+  // A path that began with a letter and a colon, or a backslash, would mean a player's drive.
+  std::error_code error;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+  return (error ? path : absolute).native();
+}
+
+void MakeOrdinary(const std::filesystem::path& path) {
+  std::error_code ignored;
+  std::filesystem::permissions(path, std::filesystem::perms::owner_write,
+                               std::filesystem::perm_options::add, ignored);
+}
+
+std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t moreBytes) {
+  const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  if (descriptor < 0) return LastError();
+  std::error_code problem;
+  if (moreBytes > 0) problem = TryToGrow(descriptor, moreBytes);
+  if (!problem && fsync(descriptor) != 0) problem = LastError();
+  if (close(descriptor) != 0 && !problem) problem = LastError();
+  return problem;
+}
+
+std::filesystem::path CreateTemporaryFile() {
+  std::string name = (std::filesystem::temp_directory_path() / "quaylink-XXXXXX").native();
+  const int descriptor = mkostemp(name.data(), O_CLOEXEC);
+  if (descriptor < 0) throw std::filesystem::filesystem_error("temporary file", name, LastError());
+  close(descriptor);
+  return name;
+}
+
+void HandleInterrupts() {
+  struct sigaction action = {};
+  action.sa_handler = OnInterrupt;
+  // Reads and writes of a copy under way go on.
+  action.sa_flags = SA_RESTART;
+  for (const int signalNumber : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction before = {};
+    sigaction(signalNumber, nullptr, &before);
+    // A signal that the caller has the program ignore (nohup, background jobs) stays ignored.
+    if (before.sa_handler != SIG_IGN) sigaction(signalNumber, &action, nullptr);
+  }
+  // A file-size limit is met as an error, not as the end of the program.
+  std::signal(SIGXFSZ, SIG_IGN);
+}
+
+void SetRemovedOnInterrupt(const std::filesystem::path& path) {
+  removesPath = 0;
+  const std::string& name = path.native();
+  if (name.empty() || name.size() >= removedPath.size()) return;
+  *std::copy(name.begin(), name.end(), removedPath.begin()) = '\0';
+  removesPath = 1;
+}
+
+void DeferInterrupts(std::string_view notice) {
+  interruptNotice = notice;
+  // The "^C" that a terminal shows may stand in the line of the progress bar.
+  if (!notice.empty() && IsTerminal(Stream::kError)) interruptNotice.insert(0, 1, '\n');
+  defersInterrupts = 1;
+}
+
+bool InterruptRequested() {
+  return interruptRequested != 0;
+}
+
+}  // namespace quaylink::cli

@@ -1,0 +1,205 @@
+#include <windows.h>
+// The order of these two matters.
+#include <fcntl.h>
+#include <io.h>
+#include <shellapi.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+#include "cli/system.h"
+#include "cli/utf8.h"
+
+namespace quaylink::cli {
+
+const std::string_view kWholeManual = "the package's folder doc";
+const std::string_view kPhoneAdvice =
+    "Unlock it and let it trust this computer; its maker's device software must be installed.";
+
+namespace {
+
+// Read by the thread on which the system reports Ctrl-C. The path is written while no file is set.
+std::wstring removedPath;
+std::atomic<bool> removesPath = false;
+std::atomic<bool> defersInterrupts = false;
+std::atomic<bool> interruptRequested = false;
+std::string interruptNotice;  // set before interrupts are deferred
+
+constexpr UINT kInterruptedStatus = 130;
+
+BOOL WINAPI OnInterrupt(DWORD event) {
+  if (event == CTRL_C_EVENT && defersInterrupts && !interruptRequested.exchange(true)) {
+    Write(Stream::kError, interruptNotice);
+    return TRUE;
+  }
+  // Fails while the library has the file open.
+  if (removesPath) DeleteFileW(removedPath.c_str());
+  ExitProcess(kInterruptedStatus);
+}
+
+HANDLE HandleOf(Stream stream) {
+  return GetStdHandle(stream == Stream::kOutput ? STD_OUTPUT_HANDLE : STD_ERROR_HANDLE);
+}
+
+std::error_code LastError() {
+  return {static_cast<int>(GetLastError()), std::system_category()};
+}
+
+std::wstring ToWide(std::string_view text, UINT codePage) {
+  const int size = static_cast<int>(text.size());
+  const int wideSize = MultiByteToWideChar(codePage, 0, text.data(), size, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
+  MultiByteToWideChar(codePage, 0, text.data(), size, wide.data(), wideSize);
+  return wide;
+}
+
+std::string ToUtf8(std::wstring_view wide) {
+  const int wideSize = static_cast<int>(wide.size());
+  const int size =
+      WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, nullptr, 0, nullptr, nullptr);
+  std::string text(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, text.data(), size, nullptr, nullptr);
+  return MakeValid(text);
+}
+
+std::error_code TryToGrow(HANDLE file, std::size_t moreBytes) {
+  LARGE_INTEGER size = {};
+  if (SetFilePointerEx(file, {}, &size, FILE_END) == 0) return LastError();
+  const std::string more(moreBytes, '\0');
+  DWORD written = 0;
+  const BOOL accepted =
+      WriteFile(file, more.data(), static_cast<DWORD>(more.size()), &written, nullptr);
+  const std::error_code refused = accepted != 0 ? std::error_code() : LastError();
+  if (SetFilePointerEx(file, size, nullptr, FILE_BEGIN) == 0 || SetEndOfFile(file) == 0) {
+    return LastError();
+  }
+  if (refused || written == more.size()) return refused;
+  return std::make_error_code(std::errc::no_space_on_device);
+}
+
+}  // namespace
+
+std::vector<std::string> Arguments(int, char**) {
+  int count = 0;
+  wchar_t** wide = CommandLineToArgvW(GetCommandLineW(), &count);
+  std::vector<std::string> arguments;
+  for (int i = 1; i < count; ++i) arguments.push_back(ToUtf8(wide[i]));
+  LocalFree(wide);
+  return arguments;
+}
+
+void PrepareOutput() {
+  // In redirected output too, line ends stay as the program writes them.
+  _setmode(_fileno(stdout), _O_BINARY);
+  _setmode(_fileno(stderr), _O_BINARY);
+}
+
+bool IsTerminal(Stream stream) {
+  DWORD mode = 0;
+  return GetConsoleMode(HandleOf(stream), &mode) != 0;
+}
+
+bool ShowsColours(Stream stream) {
+  constexpr DWORD kEscapeSequences = 0x0004;
+  DWORD mode = 0;
+  return std::getenv("NO_COLOR") == nullptr && GetConsoleMode(HandleOf(stream), &mode) != 0 &&
+         SetConsoleMode(HandleOf(stream), mode | kEscapeSequences) != 0;
+}
+
+std::size_t TerminalWidth(Stream stream) {
+  CONSOLE_SCREEN_BUFFER_INFO info = {};
+  if (GetConsoleScreenBufferInfo(HandleOf(stream), &info) == 0) return 80;
+  // A line that fills the last column would be followed by an empty one.
+  const int width = info.srWindow.Right - info.srWindow.Left;
+  return width > 0 ? static_cast<std::size_t>(width) : 80;
+}
+
+bool Write(Stream stream, std::string_view text) {
+  if (IsTerminal(stream)) {
+    // Older consoles refuse long writes.
+    constexpr std::size_t kMost = 8000;
+    const std::wstring wide = ToWide(text, CP_UTF8);
+    for (std::size_t begin = 0; begin < wide.size(); begin += kMost) {
+      const std::wstring piece = wide.substr(begin, kMost);
+      DWORD written = 0;
+      if (WriteConsoleW(HandleOf(stream), piece.data(), static_cast<DWORD>(piece.size()), &written,
+                        nullptr) == 0) {
+        return false;
+      }
+    }
+    return true;
+  }
+  std::FILE* file = stream == Stream::kOutput ? stdout : stderr;
+  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+}
+
+std::string FromLibrary(std::string_view text) {
+  return ToUtf8(ToWide(text, CP_ACP));
+}
+
+std::optional<std::string> ToLibrary(std::string_view text) {
+  const std::wstring wide = ToWide(text, CP_UTF8);
+  // A system whose code page is UTF-8 lacks no character, and refuses to be asked.
+  const bool mayLack = GetACP() != CP_UTF8;
+  std::string narrow(wide.size() * 4, '\0');
+  BOOL lacksCharacter = FALSE;
+  const int size = WideCharToMultiByte(
+      CP_ACP, mayLack ? WC_NO_BEST_FIT_CHARS : 0, wide.data(), static_cast<int>(wide.size()),
+      narrow.data(), static_cast<int>(narrow.size()), nullptr, mayLack ? &lacksCharacter : nullptr);
+  if (lacksCharacter != FALSE || (size == 0 && !wide.empty())) return std::nullopt;
+  narrow.resize(static_cast<std::size_t>(size));
+  return narrow;
+}
+
+std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path) {
+  return ToLibrary(ToUtf8(path.native()));
+}
+
+void MakeOrdinary(const std::filesystem::path& path) {
+  SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t moreBytes) {
+  // A virus scanner may be reading the new file.
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE,
+                                  nullptr, OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return LastError();
+  std::error_code problem;
+  if (moreBytes > 0) problem = TryToGrow(file, moreBytes);
+  if (!problem && FlushFileBuffers(file) == 0) problem = LastError();
+  CloseHandle(file);
+  return problem;
+}
+
+std::filesystem::path CreateTemporaryFile() {
+  wchar_t name[MAX_PATH] = {};
+  const std::filesystem::path folder = std::filesystem::temp_directory_path();
+  if (GetTempFileNameW(folder.c_str(), L"qua", 0, name) == 0) {
+    throw std::filesystem::filesystem_error("temporary file", folder, LastError());
+  }
+  return name;
+}
+
+void HandleInterrupts() {
+  SetConsoleCtrlHandler(OnInterrupt, TRUE);
+}
+
+void SetRemovedOnInterrupt(const std::filesystem::path& path) {
+  removesPath = false;
+  removedPath = path.native();
+  removesPath = !removedPath.empty();
+}
+
+void DeferInterrupts(std::string_view notice) {
+  interruptNotice = notice;
+  // The "^C" that a console shows may stand in the line of the progress bar.
+  if (!notice.empty() && IsTerminal(Stream::kError)) interruptNotice.insert(0, 1, '\n');
+  defersInterrupts = true;
+}
+
+bool InterruptRequested() {
+  return interruptRequested;
+}
+
+}  // namespace quaylink::cli

@@ -1,0 +1,267 @@
+"""What the program says when something is wrong: every message of the manual page's table."""
+
+import ctypes
+import json
+import os
+import re
+import subprocess
+import unittest
+
+from players import (DOCUMENTED, EXPORTED, SAID, TRACKS, HostTest, contents_of, database,
+                     obey_permissions)
+
+CLONE_NEWNS = 0x20000
+
+
+def command_names(help_text):
+    return re.findall(r"^  ([a-z][a-z-]+) +[A-Z]", help_text, re.MULTILINE)
+
+
+def option_names(help_text):
+    return sorted(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", help_text, re.MULTILINE))
+
+
+class Failures(HostTest):
+    def test_files_that_are_no_database_are_named(self):
+        whole = database(TRACKS)
+        for name, contents, words in [("missing", None, "cannot be opened: No such file or directory"),
+                                      ("text.txt", b"no database at all", "is not a music database"),
+                                      ("empty", b"", "is not a music database"),
+                                      ("cut", whole[:90], "is damaged, or was not copied whole")]:
+            file = self.folder / name
+            if contents is not None:
+                file.write_bytes(contents)
+            self.assertEqual(self.failure("tracks", file), f"quaylink: {file}: {words}\n")
+        self.assertIn("is a folder", self.failure("tracks", self.folder))
+
+    def test_database_without_its_end_gives_what_it_has_and_is_told(self):
+        self.machine.attach_player()
+        source = self.machine.drive / "iPod_Control" / "iTunes" / "iTunesDB"
+        whole = source.read_bytes()
+        for cut in (0, 1, 60):
+            # The cut is in the list of playlists, behind the tracks.
+            source.write_bytes(whole[:len(whole) - cut])
+            told = ("quaylink: .+ is damaged, or was not copied whole; "
+                    "5 of its tracks could be read\n" if cut else "")
+            for command in (["tracks", source], ["tracks"], ["export", self.out]):
+                output, errors = self.run_program(*command, status=1 if cut else 0)
+                self.assertRegex(errors, rf"\A{told}\Z")
+                self.assertIn("5 ", output)
+            self.check_export()
+
+    def test_without_a_device_every_command_gives_advice(self):
+        for command in (["tracks"], ["export", self.out], ["copy-track", 0, self.out], ["files"],
+                        ["copy-database", self.out], ["pull", "/x", self.out], ["status"]):
+            self.assertIn("Is the player in disk mode and mounted", self.failure(*command))
+        output, errors = self.run_program("status", "--json", status=1)
+        self.assertIn("no Apple device is attached", errors)
+        self.assertEqual(json.loads(output), {"attached": False, "reachable": False, "kind": None})
+        self.assertFalse(self.out.exists())
+
+    def test_phone_without_the_makers_software_gives_advice(self):
+        self.machine.attach_phone()
+        for library in (self.machine.folder / "drives/C").rglob("*.dll"):
+            library.unlink()
+        self.assertIn("on Windows only, with its maker's device software", self.failure("tracks"))
+
+    def test_temporary_folder_that_is_missing(self):
+        self.machine.attach_player()
+        environment = dict(self.environment(), TMPDIR=str(self.folder / "missing"))
+        self.assertIn("no temporary file can be made", self.failure("tracks", env=environment))
+
+    def test_device_without_a_database(self):
+        self.machine.attach_player()
+        file = self.machine.drive / "iPod_Control" / "iTunes" / "iTunesDB"
+        file.unlink()
+        self.assertIn("Has music been put on the player", self.failure("export", self.out))
+        file.write_bytes(b"something else")
+        self.assertIn("the device's music database: is not", self.failure("tracks"))
+
+    def test_phone_without_a_database(self):
+        self.machine.attach_phone()
+        (self.machine.phone / "iPod_Control" / "iTunes" / "iTunesDB").unlink()
+        self.assertIn("the phone's music database could not be copied", self.failure("tracks"))
+
+    def test_phone_that_cannot_be_listed(self):
+        self.machine.attach_phone(script=["fail-from AFCDirectoryOpen 2"])
+        self.assertIn("files could not be listed", self.failure("files"))
+        self.assertIn("could not be read", self.failure("pull", "/no/such/file", self.out))
+
+    def test_phone_that_does_not_answer_any_more_ends_the_export(self):
+        self.machine.attach_phone(script=["fail-from AFCFileRefRead 6", "log log",
+                                          "fail-from AMDeviceConnect 3"])
+        output, errors = self.run_program("export", self.out, "--json", status=1)
+        self.assertEqual(errors.count("has gone away"), 1)
+        self.assertEqual(errors.count("\n"), 1)
+        report = json.loads(output)
+        self.assertEqual(report["failed"], 1)
+        self.assertEqual(report["copied"] + report["notReached"], 4)
+        self.assertGreater(report["notReached"], 0)
+        log = (self.machine.folder / "log").read_text()
+        self.assertEqual(log.count("AMDeviceConnect"), 3)
+
+    def test_track_that_does_not_exist(self):
+        self.machine.attach_player()
+        self.assertIn("no track 5: its tracks are 0 to 4", self.failure("copy-track", 5, self.out))
+
+    def test_track_without_a_file(self):
+        self.machine.attach_phone(tracks=[("A", "B", "C", ""), *TRACKS])
+        _, errors = self.run_program("export", self.out, status=1)
+        self.assertEqual(errors.splitlines()[0],
+                         "quaylink: A - C: the music database names no file for this track")
+        self.assertEqual(len(self.exported_files()), len(TRACKS))
+
+    def test_destination_that_cannot_be_written(self):
+        self.machine.attach_player()
+        missing = self.folder / "missing" / "song.mp3"
+        for command in (["copy-track", 0], ["copy-database"], ["pull", r"F:\x"]):
+            self.assertEqual(self.failure(*command, missing),
+                             f"quaylink: {missing}: cannot be written: No such file or directory\n")
+        self.assertIn("is no ordinary file", self.failure("copy-database", "/dev/null"))
+        self.out.write_text("a file where the folder should be")
+        self.assertIn("the folder cannot be made", self.failure("export", self.out))
+
+    def test_only_a_file_that_is_named_is_replaced(self):
+        self.machine.attach_player()
+        self.out.mkdir()
+        for name, command in {"iTunesDB": ["copy-database"], "What_.mp3": ["copy-track", 1],
+                              "AAAA.m4a": ["pull", r"F:\iPod_Control\Music\F00\AAAA.m4a"]}.items():
+            file = self.out / name
+            file.write_text("mine")
+            self.assertEqual(self.failure(*command, self.out),
+                             f"quaylink: {file}: is there already; "
+                             "name the file itself to replace it\n")
+            self.assertEqual(file.read_text(), "mine")
+            self.run_program(*command, file)
+            self.assertNotEqual(file.read_bytes(), b"mine")
+
+    def test_folder_where_a_copy_should_be(self):
+        self.machine.attach_player()
+        (self.out / EXPORTED[4]).mkdir(parents=True)
+        _, errors = self.run_program("export", self.out, status=1)
+        self.assertIn("Björk - Hyper-ballad", errors)
+        self.assertIn("is no ordinary file", errors)
+
+    def test_files_and_folders_without_permission(self):
+        self.machine.attach_player()
+        self.out.mkdir(mode=0o555)
+        file = self.folder / "secret"
+        file.touch(mode=0o000)
+        for command, words in [(["copy-database", self.out / "x"], "cannot be written"),
+                               (["tracks", file], "cannot be opened")]:
+            errors = self.failure(*command, preexec_fn=obey_permissions)
+            self.assertTrue(errors.endswith(words + ": Permission denied\n"), errors)
+        output, errors = self.run_program("export", self.out, status=1,
+                                          preexec_fn=obey_permissions)
+        self.assertEqual(errors.count("the folder cannot be made: Permission denied"), 1, errors)
+        self.assertIn(f"1 failed, {len(TRACKS) - 1} not reached", output)
+
+    def test_output_that_cannot_be_written(self):
+        file = self.folder / "copy.iTunesDB"
+        file.write_bytes(database(TRACKS))
+        for command in (["tracks", file], ["--help"]):
+            with open("/dev/full", "wb") as full:
+                errors = self.failure(*command, stdout=full)
+            self.assertIn("the output could not be written", errors)
+
+    def test_wrong_usage_has_its_own_status(self):
+        for arguments in ([], ["play"], ["tracks", "--sort", "size"], ["export"],
+                          ["export", self.out, "--name", "{titel}"], ["copy-track", "one", "x"],
+                          ["tracks", "--json", "--csv"], ["tracks", ""], ["export", ""],
+                          ["pull", "", "x"], ["copy-track", 0, ""]):
+            self.failure(*arguments, status=2)
+
+    def test_help_is_there_for_every_command_with_examples(self):
+        commands = command_names(self.run_program("--help")[0])
+        self.assertEqual(len(commands), 7)
+        for command in commands:
+            self.assertIn("Example", self.run_program(command, "--help")[0])
+
+
+class Completion(HostTest):
+    """Compares what the shell offers with what the program's help names."""
+
+    def setUp(self):
+        super().setUp()
+        self.out.mkdir()
+
+    def offered(self, *words):
+        script = ('source "$0"; COMP_WORDS=(quaylink "$@"); COMP_CWORD=$#; _quaylink; '
+                  'printf "%s\\n" "${COMPREPLY[@]}"')
+        completion = os.environ["QUAYLINK_COMPLETION"]
+        shell = subprocess.run(["bash", "-c", script, completion, *words], cwd=self.out,
+                               capture_output=True, check=True)
+        return sorted(shell.stdout.decode().split())
+
+    def test_commands_and_options_are_those_of_the_help(self):
+        whole = self.run_program("--help")[0]
+        everywhere = {"--help", "--quiet", "--verbose"}
+        self.assertEqual(self.offered("-"), sorted({*everywhere, "--version"}))
+        self.assertEqual(self.offered("-"), option_names(whole))
+        commands = command_names(whole)
+        self.assertEqual(self.offered(""), sorted(commands))
+        for command in commands:
+            options = option_names(self.run_program(command, "--help")[0])
+            self.assertEqual(self.offered(command, "-"), sorted({*options, *everywhere}), command)
+
+    def test_local_files_are_offered_where_they_are_asked_for(self):
+        (self.out / "song").touch()
+        for words, offered in [(["tracks"], True), (["-q", "tracks", "--artist", "x"], True),
+                               (["export"], True), (["copy-database"], True), (["status"], False),
+                               (["copy-track"], False), (["copy-track", "1"], True),
+                               (["pull"], False), (["pull", "/x"], True), (["files"], False)]:
+            self.assertEqual(self.offered(*words, ""), ["song"] if offered else [], words)
+
+
+class ManualPage(unittest.TestCase):
+    """Comes behind the class above, and looks at what that has made the program say."""
+
+    # Of Windows alone; of a disk that takes nothing, see tests/cli_file_copy_test.cpp; of no memory.
+    NOT_SAID = ("the phone does not answer. Unlock it", "FILE: this system's code page",
+                "FOLDER: this system's code page", "FILE: the copy came out empty",
+                "there is not enough memory")
+
+    def test_every_message_of_its_table_is_one_that_the_program_says(self):
+        self.assertEqual([message for message in DOCUMENTED
+                          if message not in SAID and not message.startswith(self.NOT_SAID)], [])
+
+
+class FullDisk(HostTest):
+    @classmethod
+    def setUpClass(cls):
+        # What is mounted from here on is seen by this process and its children alone, and goes away
+        # with them even when they are killed.
+        private = ["mount", "--make-rprivate", "/"]
+        if (ctypes.CDLL(None).unshare(CLONE_NEWNS) != 0 or
+                subprocess.run(private, capture_output=True, check=False).returncode != 0):
+            raise unittest.SkipTest("no small disk can be mounted here")
+
+    def setUp(self):
+        super().setUp()
+        self.out.mkdir()
+        mount = ["mount", "-t", "tmpfs", "-o", "size=88k", "tmpfs", str(self.out)]
+        if subprocess.run(mount, capture_output=True, check=False).returncode != 0:
+            self.skipTest("no small disk can be mounted here")
+        self.addCleanup(subprocess.run, ["umount", str(self.out)], check=True)
+
+    def check_full_disk(self):
+        output, errors = self.run_program("export", self.out, status=1)
+        self.assertIn("2 copied", output)
+        self.assertIn("1 failed, 2 not reached", output)
+        self.assertIn("AC/DC - What?", errors)
+        self.assertIn("cannot be written: No space left on device; free some space", errors)
+        self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
+        for number in (0, 1):
+            self.assertEqual((self.out / EXPORTED[number]).read_bytes(), contents_of(number))
+
+    def test_full_disk_ends_the_export_of_a_player(self):
+        self.machine.attach_player()
+        self.check_full_disk()
+
+    def test_full_disk_ends_the_export_of_a_phone(self):
+        self.machine.attach_phone()
+        self.check_full_disk()
+
+
+if __name__ == "__main__":
+    unittest.main()

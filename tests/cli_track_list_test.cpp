@@ -1,0 +1,103 @@
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/text_width.h"
+#include "cli/track_list.h"
+#include "cli/utf8.h"
+
+namespace quaylink::cli {
+namespace {
+
+TEST(HostTexts, WhatIsNotUtf8IsReplacedByteForByte) {
+  const struct {
+    const char *text, *valid;
+  } kCases[] = {
+      {"plain", "plain"},
+      {"\xC3\xA9\xE8\xAA\x9E\xF0\x9F\x8E\xB5", "é語🎵"},
+      {"a\xFFz", "a\uFFFDz"},
+      {"cut \xE8\xAA", "cut \uFFFD\uFFFD"},
+      {"over-long \xC0\xAF", "over-long \uFFFD\uFFFD"},
+      {"surrogate \xED\xA0\x80", "surrogate \uFFFD\uFFFD\uFFFD"},
+      {"beyond \xF4\x90\x80\x80", "beyond \uFFFD\uFFFD\uFFFD\uFFFD"},
+  };
+  for (const auto& testCase : kCases) EXPECT_EQ(MakeValid(testCase.text), testCase.valid);
+}
+
+TEST(HostTexts, PlayersCannotSteerTheTerminal) {
+  EXPECT_EQ(MakePrintable("\x1B[31mred\r\n\t\xC2\x9B\u202Eend"),
+            "\uFFFD[31mred\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"
+            "end");
+}
+
+TEST(HostTexts, CaseIsIgnoredInTheAlphabetsOfEurope) {
+  EXPECT_EQ(FoldCase("BJÖRK ŽIŽEK Ÿ ΣΊΣΥΦΟΣ ЁЖИК Ẁ ȘȚ Ə ǦǨ ǅ ẞ ӁӐӀ"),
+            FoldCase("björk žižek ÿ σίσυφος ёжик ẁ șț ə ǧǩ ǆ ß ӂӑӏ"));
+  EXPECT_NE(FoldCase("×"), FoldCase("÷"));
+}
+
+TEST(HostTexts, WidthCountsColumnsNotBytes) {
+  const struct {
+    const char* text;
+    std::size_t width;
+  } kCases[] = {{"", 0},     {"abc", 3},  {"é", 1}, {"e\u0301", 1}, {"終わり", 6},
+                {"한글", 4}, {"ﾊﾝｶｸ", 4}, {"🎵", 2}, {"à la", 4},    {"a\u200Bb", 2}};
+  for (const auto& testCase : kCases) {
+    EXPECT_EQ(DisplayWidth(testCase.text), testCase.width) << testCase.text;
+  }
+  EXPECT_EQ(Fit("ab", 4), "ab  ");
+  EXPECT_EQ(Fit("岬の灯へ", 6), "岬の… ");
+  EXPECT_EQ(Fit("岬の灯へ", 5), "岬の…");
+  EXPECT_EQ(Fit("abc", 0), "");
+}
+
+Track MakeTrack(std::uint32_t index, const char* artist, const char* album, const char* title) {
+  Track track;
+  track.index = index;
+  track.artist = artist;
+  track.album = album;
+  track.title = title;
+  track.location = "/iPod_Control/Music/F0" + std::to_string(index) + "/ABCD.mp3";
+  return track;
+}
+
+std::vector<Track> SomeTracks() {
+  return {MakeTrack(0, "shiosai", "The Day Of The Big Tide", "岬の灯へ向かう小さな舟歌"),
+          MakeTrack(1, "Björk", "Post, \"live\"", "Army\nof Me"),
+          MakeTrack(2, "abba", "Gold", "Waterloo"), MakeTrack(3, "ABBA", "Arrival", "Tiger"),
+          MakeTrack(4, "", "", "A title that is much longer than the others of this list")};
+}
+
+TEST(HostTrackList, TableFitsEveryWidthWithItsColumnsAligned) {
+  for (const std::size_t width :
+       {std::size_t{40}, std::size_t{61}, std::size_t{80}, std::size_t{0}}) {
+    std::istringstream lines(TrackTable(SomeTracks(), width));
+    std::string header;
+    ASSERT_TRUE(std::getline(lines, header));
+    const std::size_t titleColumn = header.find("Title");
+    int rows = 0;
+    for (std::string line; std::getline(lines, line); ++rows) {
+      EXPECT_TRUE(width == 0 || DisplayWidth(line) <= width) << line;
+      // Every row's title begins where the header says, behind an empty gap.
+      std::u32string columns;
+      for (const char32_t character : Decode(line)) {
+        columns.append(DisplayWidth(Encode({&character, 1})), character);
+      }
+      EXPECT_EQ(columns.substr(titleColumn - 2, 2), U"  ") << line;
+      EXPECT_NE(columns[titleColumn], U' ') << line;
+    }
+    EXPECT_EQ(rows, 5);
+  }
+}
+
+TEST(HostTrackList, CsvQuotesWhatNeedsIt) {
+  const std::string csv = TrackCsv({SomeTracks()[1]});
+  EXPECT_EQ(csv,
+            "index,artist,album,title,location\n"
+            "1,Björk,\"Post, \"\"live\"\"\",\"Army\nof Me\",/iPod_Control/Music/F01/ABCD.mp3\n");
+}
+
+}  // namespace
+}  // namespace quaylink::cli
