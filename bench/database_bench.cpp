@@ -101,11 +101,11 @@ void CopyBytes(benchmark::State& state, const DatabaseFile& database) {
 
 void Write(benchmark::State& state, const DatabaseFile& database) {
   const LocalFile file(std::fopen(database.Path(), "rb"));
-  Stream input(file.get());
+  Reader input(file.get());
   DatabaseChunk chunks;
   chunks.Read(input);
   for (auto _ : state) {
-    Stream output;
+    Writer output;
     benchmark::DoNotOptimize(chunks.Write(output));
   }
 }

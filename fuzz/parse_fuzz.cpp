@@ -56,8 +56,8 @@ void Parse(std::span<const std::uint8_t> bytes) {
   const bool parsed = manager.Parse(file.Path().c_str());
 
   DatabaseChunk database;
-  Stream stream(bytes);
-  Require(parsed == (database.Read(stream) >= 0), "file and memory give the same result");
+  Reader reader(bytes);
+  Require(parsed == (database.Read(reader) >= 0), "file and memory give the same result");
   Require(SameTree(database, theDatabase), "file and memory give the same tree");
 
   const DataSetChunk* tracks = parsed ? database.TrackDataSet() : nullptr;

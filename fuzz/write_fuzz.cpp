@@ -20,12 +20,12 @@ bool HasKnownTypes(const DatabaseChunk& database) {
 
 void ReadAndWriteTwice(std::span<const std::uint8_t> bytes) {
   DatabaseChunk first;
-  Stream input(bytes);
+  Reader input(bytes);
   first.Read(input);
   // Without a header of its own the database still counts the data sets of a new one.
   if (first.dataSetCount > first.dataSets.size()) return;
 
-  Stream written;
+  Writer written;
   const std::int32_t length = first.Write(written);
   Require((length >= 0) == HasKnownTypes(first), "all but unknown data sets can be written");
   if (length < 0) return;
@@ -33,11 +33,11 @@ void ReadAndWriteTwice(std::span<const std::uint8_t> bytes) {
           "the result of writing is the length written");
 
   DatabaseChunk second;
-  Stream again(written.Written());
+  Reader again(written.Written());
   Require(second.Read(again) == length && again.Remaining() == 0, "what was written is sound");
   Require(SameTree(first, second), "reading gives what was written");
 
-  Stream writtenAgain;
+  Writer writtenAgain;
   second.Write(writtenAgain);
   Require(std::ranges::equal(written.Written(), writtenAgain.Written()),
           "writing again gives the same bytes");

@@ -21,14 +21,14 @@ void AddText(ChunkList<DataObjectChunk>& objects, Arena& arena, std::uint32_t ty
   object.SetText(text.c_str());
 }
 
-void AddTrack(const Track& track, Arena& arena, TrackListChunk& list) {
+TrackMap::Entry MakeTrack(const Track& track, Arena& arena) {
   Owned<TrackItemChunk> item = MakeOwned<TrackItemChunk>(arena, arena);
   item->trackId = track.id;
   item->headerLength = kTrackHeaderLength;
   for (const Text& text : track.texts) {
     AddText(item->dataObjects, arena, text.objectType, text.text);
   }
-  list.tracks.Add(track.id, std::move(item));
+  return {track.id, std::move(item)};
 }
 
 void AddAlbum(const Album& album, Arena& arena, AlbumListChunk& list) {
@@ -45,7 +45,7 @@ void AddPlaylist(const Playlist& playlist, Arena& arena, PlaylistListChunk& list
   std::uint32_t position = 0;
   for (const std::uint32_t trackId : playlist.trackIds) {
     PlaylistItemChunk& item = chunk.items.Append(arena, MakeOwned<PlaylistItemChunk>(arena, arena));
-    item.field0x18 = trackId;
+    item.trackId = trackId;
     DataObjectChunk& object =
         item.dataObjects.Append(arena, MakeOwned<DataObjectChunk>(arena, arena));
     object.objectType = kPositionObject;
@@ -57,9 +57,9 @@ void AddPlaylist(const Playlist& playlist, Arena& arena, PlaylistListChunk& list
 }
 
 std::vector<std::uint8_t> BytesOf(DatabaseChunk& database) {
-  Stream stream;
-  database.Write(stream);
-  const auto bytes = stream.Written();
+  Writer writer;
+  database.Write(writer);
+  const auto bytes = writer.Written();
   return {bytes.begin(), bytes.end()};
 }
 
@@ -76,7 +76,9 @@ void BuildDatabase(const Library& library, DatabaseChunk& database) {
   AlbumListChunk& albums = database.AddDataSet(4).albumList;
   for (const Album& album : library.albums) AddAlbum(album, arena, albums);
   TrackListChunk& tracks = database.AddDataSet(1).trackList;
-  for (const Track& track : library.tracks) AddTrack(track, arena, tracks);
+  std::vector<TrackMap::Entry> items;
+  for (const Track& track : library.tracks) items.push_back(MakeTrack(track, arena));
+  tracks.tracks.Add(std::move(items));
   for (const std::uint32_t type : {3u, 2u}) {
     PlaylistListChunk& list = database.AddDataSet(type).playlistList;
     list.ClearPlaylists();

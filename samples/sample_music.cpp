@@ -6,7 +6,7 @@
 #include <numbers>
 #include <string_view>
 
-#include "itunesdb/header_fields.h"
+#include "itunesdb/little_endian.h"
 
 namespace quaylink::samples {
 

@@ -12,7 +12,7 @@ const std::string kTracks = DataSet(1, ListBytes("mhlt", 1, Track(5, 1, TextObje
 const std::string kAlbums = DataSet(4, ListBytes("mhla", 0, ""));
 const std::string kPlaylists = DataSet(3, ListBytes("mhlp", 0, ""));
 
-TEST(DatabaseTest, CarriedFieldsComeBackUnderTheUsualHeaders) {
+TEST(Database, CarriedFieldsComeBackUnderTheUsualHeaders) {
   const std::string fields = Pattern(8) + U32(2) + Pattern(88);
   const std::string wideDataSet =
       ChunkBytes("MHSD", 120, U32(4) + Pattern(104), ListBytes("mhla", 0, ""));
@@ -26,7 +26,7 @@ TEST(DatabaseTest, CarriedFieldsComeBackUnderTheUsualHeaders) {
   }
 }
 
-TEST(DatabaseTest, ShortHeadersOfOlderPlayersAreRead) {
+TEST(Database, ShortHeadersOfOlderPlayersAreRead) {
   const std::string fields = U32(1) + U32(9) + U32(1) + Pattern(80);
   const std::string bytes = ChunkBytes("mhbd", 104, fields, kTracks);
   DatabaseChunk database;
@@ -36,7 +36,7 @@ TEST(DatabaseTest, ShortHeadersOfOlderPlayersAreRead) {
   EXPECT_EQ(WrittenBytes(database), expected);
 }
 
-TEST(DatabaseTest, TheStatedLengthsDecideWhetherADatabaseIsSound) {
+TEST(Database, TheStatedLengthsDecideWhetherADatabaseIsSound) {
   const std::string unknown = DataSet(7, ListBytes("mhlt", 0, ""));
   const std::string trackless = DataSet(1, "junk" + Zeros(88));
   const struct {
@@ -66,14 +66,14 @@ TEST(DatabaseTest, TheStatedLengthsDecideWhetherADatabaseIsSound) {
   }
 }
 
-TEST(DatabaseTest, DataSetsThatTheFileDoesNotHaveAreNotCounted) {
+TEST(Database, DataSetsThatTheFileDoesNotHaveAreNotCounted) {
   DatabaseChunk database;
   EXPECT_EQ(ReadBytes(database, Database(0xFFFFFFFF, kTracks)).result, -1);
   EXPECT_EQ(database.dataSetCount, 1u);
   EXPECT_EQ(WrittenBytes(database), Database(1, kTracks).replace(0x0C, 4, U32(1)));
 }
 
-TEST(DatabaseTest, TheFirstDataSetOfTypeOneHoldsTheTracks) {
+TEST(Database, TheFirstDataSetOfTypeOneHoldsTheTracks) {
   const std::string other = DataSet(1, ListBytes("mhlt", 0, ""));
   const std::string sixth = DataSet(6, ListBytes("mhlt", 1, Track(6, 0, "")));
   DatabaseChunk database;
@@ -88,7 +88,7 @@ TEST(DatabaseTest, TheFirstDataSetOfTypeOneHoldsTheTracks) {
   EXPECT_EQ(database.dataSets[0]->trackList.tracks.size(), 1u);
 }
 
-TEST(DatabaseTest, ReadingAppendsAndClearingLeavesTheHeaderFields) {
+TEST(Database, ReadingAppendsAndClearingLeavesTheHeaderFields) {
   DatabaseChunk database;
   ReadBytes(database, Database(1, kTracks));
   ReadBytes(database, Database(2, kAlbums + kPlaylists));
@@ -98,23 +98,23 @@ TEST(DatabaseTest, ReadingAppendsAndClearingLeavesTheHeaderFields) {
   EXPECT_EQ(database.dataSetCount, 2u);
 }
 
-TEST(DatabaseTest, AFailingChildEndsTheWritingAndLeavesTheLengthsZero) {
+TEST(Database, AFailingChildEndsTheWritingAndLeavesTheLengthsZero) {
   DatabaseChunk database;
   ReadBytes(database, Database(2, kTracks + kAlbums));
   database.dataSets[1]->dataSetType = 9;
-  Stream stream;
-  EXPECT_EQ(database.Write(stream), -1);
-  const std::string written = BytesOf(stream);
+  Writer writer;
+  EXPECT_EQ(database.Write(writer), -1);
+  const std::string written = BytesOf(writer);
   EXPECT_EQ(written.substr(8, 4), U32(0));
   EXPECT_EQ(written.size(), 188 + kTracks.size() + 96);
   EXPECT_EQ(written.substr(188 + kTracks.size() + 8, 4), U32(0));
 }
 
-TEST(DatabaseTest, WritingMoreDataSetsThanAreHeldThrows) {
+TEST(Database, WritingMoreDataSetsThanAreHeldThrows) {
   DatabaseChunk database;
-  Stream stream;
-  EXPECT_THROW(database.Write(stream), std::out_of_range);
-  EXPECT_EQ(stream.Written().size(), 188u);
+  Writer writer;
+  EXPECT_THROW(database.Write(writer), std::out_of_range);
+  EXPECT_EQ(writer.Written().size(), 188u);
 }
 
 samples::Library SmallLibrary() {
@@ -125,21 +125,21 @@ samples::Library SmallLibrary() {
 }
 
 // However the file is cut, reading takes nothing beyond its end, and what was read can be written.
-TEST(DatabaseTest, TruncatedDatabasesAreReadAsFarAsTheyGo) {
+TEST(Database, TruncatedDatabasesAreReadAsFarAsTheyGo) {
   const auto bytes = samples::WriteDatabase(SmallLibrary());
   for (std::size_t length = 0; length < bytes.size(); length += length < 4096 ? 1 : 97) {
     // A copy of its own, so that a read past the end is seen.
     const std::vector<std::uint8_t> cut(bytes.begin(), bytes.begin() + static_cast<long>(length));
     DatabaseChunk database;
-    Stream stream(cut);
-    const bool sound = database.Read(stream) >= 0;
+    Reader reader(cut);
+    const bool sound = database.Read(reader) >= 0;
     EXPECT_TRUE(!sound || database.dataSets.size() == 5) << length;
-    EXPECT_LE(database.dataSetCount, 5U);
+    EXPECT_LE(database.dataSetCount, 5u);
     if (!sound) continue;
-    Stream again;
+    Writer again;
     DatabaseChunk second;
     ASSERT_GT(database.Write(again), 0) << length;
-    Stream reread(again.Written());
+    Reader reread(again.Written());
     EXPECT_GT(second.Read(reread), 0) << length;
   }
 }

@@ -26,7 +26,7 @@ std::string Playlist(std::uint32_t objectCount, std::uint32_t itemCount, std::ui
   return ChunkBytes("mhyp", headerLength, fields, children);
 }
 
-TEST(AlbumListTest, AlbumsComeBackWithTheirFieldsAndUsualHeaders) {
+TEST(AlbumList, AlbumsComeBackWithTheirFieldsAndUsualHeaders) {
   const std::string objects = TextObject(200, u"Album") + TextObject(201, u"Artist");
   const std::string fields = U32(2) + U32(0x11223344) + U64(0x8877665544332211) + U32(7);
   Arena arena;
@@ -38,7 +38,7 @@ TEST(AlbumListTest, AlbumsComeBackWithTheirFieldsAndUsualHeaders) {
   EXPECT_EQ(WrittenBytes(list), ListBytes("mhla", 1, ChunkBytes("mhia", 88, fields, objects)));
 }
 
-TEST(AlbumListTest, FailedItemsAreKeptAndFailedObjectsDoNotTouchTheItemsResult) {
+TEST(AlbumList, FailedItemsAreKeptAndFailedObjectsDoNotTouchTheItemsResult) {
   Arena arena;
   AlbumListChunk list(arena);
   const std::string item = ChunkBytes("mhia", 88, U32(2), TextObject(200, u"A") + "junk");
@@ -49,7 +49,7 @@ TEST(AlbumListTest, FailedItemsAreKeptAndFailedObjectsDoNotTouchTheItemsResult) 
   EXPECT_EQ(list.albumItems[1]->dataObjects.size(), 2u);
 }
 
-TEST(PlaylistListTest, ANewListHoldsTheDefaultPlaylist) {
+TEST(PlaylistList, ANewListHoldsTheDefaultPlaylist) {
   Arena arena;
   PlaylistListChunk list(arena);
   ASSERT_EQ(list.playlists.size(), 1u);
@@ -63,7 +63,7 @@ TEST(PlaylistListTest, ANewListHoldsTheDefaultPlaylist) {
   EXPECT_EQ(list.EnsureMasterPlaylist().masterFlag, 1);
 }
 
-TEST(PlaylistListTest, ReadingReplacesThePlaylistsOnlyWhenTheListIsThere) {
+TEST(PlaylistList, ReadingReplacesThePlaylistsOnlyWhenTheListIsThere) {
   Arena arena;
   PlaylistListChunk list(arena);
   EXPECT_EQ(ReadBytes(list, "mhlt" + Zeros(88)).result, -1);
@@ -72,7 +72,7 @@ TEST(PlaylistListTest, ReadingReplacesThePlaylistsOnlyWhenTheListIsThere) {
   EXPECT_EQ(list.playlists.size(), 0u);
 }
 
-TEST(PlaylistTest, EverythingComesBackButIndexListsAndJumpTables) {
+TEST(Playlist, EverythingComesBackButIndexListsAndJumpTables) {
   const std::string kept1 = TextObject(1, u"Party");
   const std::string kept100 = RawObject(100, Pattern(30));
   const std::string index = RawObject(52, U32(0) + U32(1) + Zeros(40) + U32(0));
@@ -92,7 +92,7 @@ TEST(PlaylistTest, EverythingComesBackButIndexListsAndJumpTables) {
   }
 }
 
-TEST(PlaylistTest, ItemsAreWrittenWithTheirUsualHeader) {
+TEST(Playlist, ItemsAreWrittenWithTheirUsualHeader) {
   Arena arena;
   PlaylistItemChunk item(arena);
   const std::string objects = TextObject(1, u"x");
@@ -101,7 +101,7 @@ TEST(PlaylistTest, ItemsAreWrittenWithTheirUsualHeader) {
   EXPECT_EQ(WrittenBytes(item), Item(objects, 1));
 }
 
-TEST(PlaylistTest, ShortHeadersTakeTheRestFromANewPlaylist) {
+TEST(Playlist, ShortHeadersTakeTheRestFromANewPlaylist) {
   Arena arena;
   PlaylistChunk playlist(arena);
   ReadBytes(playlist, Playlist(0, 0, 77, "", 108));
@@ -112,7 +112,7 @@ TEST(PlaylistTest, ShortHeadersTakeTheRestFromANewPlaylist) {
   EXPECT_EQ(playlist.field0x28, 0u);
 }
 
-TEST(PlaylistTest, ResultsOfChildrenThatFailEnterTheSum) {
+TEST(Playlist, ResultsOfChildrenThatFailEnterTheSum) {
   Arena arena;
   PlaylistChunk playlist(arena);
   const std::string item = Item("", 0);
@@ -122,7 +122,7 @@ TEST(PlaylistTest, ResultsOfChildrenThatFailEnterTheSum) {
   EXPECT_EQ(playlist.items.size(), 1u);
 }
 
-TEST(PlaylistTest, DataObjectsAreFoundByTypeOrAdded) {
+TEST(Playlist, DataObjectsAreFoundByTypeOrAdded) {
   Arena arena;
   PlaylistChunk playlist(arena);
   EXPECT_EQ(playlist.FindDataObject(1), nullptr);
@@ -134,7 +134,7 @@ TEST(PlaylistTest, DataObjectsAreFoundByTypeOrAdded) {
   EXPECT_EQ(playlist.dataObjects.size(), 3u);
 }
 
-TEST(PlaylistTest, EveryPlaylistDrawsAnIdentifierOfItsOwn) {
+TEST(Playlist, EveryPlaylistDrawsAnIdentifierOfItsOwn) {
   std::set<std::uint64_t> ids;
   Arena arena;
   for (int i = 0; i < 100; ++i) ids.insert(PlaylistChunk(arena).playlistId);

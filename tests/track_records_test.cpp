@@ -9,7 +9,7 @@
 namespace quaylink::test {
 namespace {
 
-class TrackRecordsTest : public testing::Test {
+class TrackRecords : public testing::Test {
  protected:
   bool Parse(const std::string& bytes) {
     machine.WriteFile("C:\\iTunesDB", bytes);
@@ -33,7 +33,7 @@ class TrackRecordsTest : public testing::Test {
   DeviceManager manager;
 };
 
-TEST_F(TrackRecordsTest, FourTextsAreTakenAndAllOthersPassedOver) {
+TEST_F(TrackRecords, FourTextsAreTakenAndAllOthersPassedOver) {
   const TrackRecord record =
       RecordOf(8, TextObject(5, u"genre") + TextObject(1, u"Title") + TextObject(4, u"Artist") +
                       TextObject(3, u"Album") + TextObject(2, u":iPod_Control:Music:F05:ABCD.mp3") +
@@ -44,7 +44,7 @@ TEST_F(TrackRecordsTest, FourTextsAreTakenAndAllOthersPassedOver) {
   EXPECT_STREQ(record.album, "Album");
 }
 
-TEST_F(TrackRecordsTest, TheLocationFollowsTheDriveLetter) {
+TEST_F(TrackRecords, TheLocationFollowsTheDriveLetter) {
   const struct {
     char driveLetter;
     std::u16string stored;
@@ -67,7 +67,7 @@ TEST_F(TrackRecordsTest, TheLocationFollowsTheDriveLetter) {
   }
 }
 
-TEST_F(TrackRecordsTest, TextsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
+TEST_F(TrackRecords, TextsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
   if (!machine.UseCodePage(CP_UTF8)) GTEST_SKIP() << "the ANSI code page cannot be changed here";
   const std::u16string x254(254, u'x');
   const std::string x254Bytes(254, 'x');
@@ -88,7 +88,7 @@ TEST_F(TrackRecordsTest, TextsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
   }
 }
 
-TEST_F(TrackRecordsTest, TextsAreInTheAnsiCodePage) {
+TEST_F(TrackRecords, TextsAreInTheAnsiCodePage) {
   if (!machine.UseCodePage(1252)) GTEST_SKIP() << "the ANSI code page cannot be changed here";
   const struct {
     std::u16string text;
@@ -101,7 +101,7 @@ TEST_F(TrackRecordsTest, TextsAreInTheAnsiCodePage) {
   for (const auto& c : cases) EXPECT_EQ(RecordOf(1, TextObject(1, c.text)).title, c.title);
 }
 
-TEST_F(TrackRecordsTest, TextsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes) {
+TEST_F(TrackRecords, TextsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes) {
   const TrackRecord record =
       RecordOf(4, TextObject(1, u"First title") + TextObject(1, std::u16string(u"ab\0cd", 5)) +
                       TextObject(3, u"Album") + TextObject(3, u""));
@@ -115,7 +115,7 @@ TEST_F(TrackRecordsTest, TextsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes
   EXPECT_STREQ(RecordOf(44, titles).title, "s");
 }
 
-TEST_F(TrackRecordsTest, ATrackWithoutTextsIsARecordOfZeros) {
+TEST_F(TrackRecords, ATrackWithoutTextsIsARecordOfZeros) {
   for (const char driveLetter : {'\0', 'E'}) {
     manager.driveLetter = driveLetter;
     const TrackRecord record = RecordOf(0, "");
@@ -123,7 +123,7 @@ TEST_F(TrackRecordsTest, ATrackWithoutTextsIsARecordOfZeros) {
   }
 }
 
-TEST_F(TrackRecordsTest, AParseReplacesTheRecordsOnlyWhenItSucceeds) {
+TEST_F(TrackRecords, AParseReplacesTheRecordsOnlyWhenItSucceeds) {
   std::string twelve;
   std::string seven;
   for (std::uint32_t id = 0; id < 12; ++id) twelve += Track(id, 0, "");
@@ -144,7 +144,7 @@ TEST_F(TrackRecordsTest, AParseReplacesTheRecordsOnlyWhenItSucceeds) {
   EXPECT_TRUE(manager.trackRecords.empty());
 }
 
-TEST_F(TrackRecordsTest, AFileCutInItsLastListGivesTheTracksBeforeTheCut) {
+TEST_F(TrackRecords, AFileCutInItsLastListGivesTheTracksBeforeTheCut) {
   const std::string bytes = TrackDatabase(
       2, Track(1, 1, TextObject(1, u"whole")) + Track(2, 1, TextObject(1, u"cut off here")));
   ASSERT_TRUE(Parse(bytes.substr(0, bytes.size() - 15)));

@@ -13,7 +13,7 @@ std::vector<std::uint32_t> IdsOf(const TrackListChunk& list) {
   return ids;
 }
 
-TEST(TrackItemTest, EveryHeaderByteComesBackButTheLowerHalfOfOneWord) {
+TEST(TrackItem, EveryHeaderByteComesBackButTheLowerHalfOfOneWord) {
   for (const std::uint32_t headerLength : {388u, 400u, 584u, 700u}) {
     std::string bytes = ChunkBytes("mhit", headerLength, U32(1) + U32(42) + Pattern(headerLength),
                                    TextObject(1, u"Title"));
@@ -30,7 +30,7 @@ TEST(TrackItemTest, EveryHeaderByteComesBackButTheLowerHalfOfOneWord) {
   }
 }
 
-TEST(TrackItemTest, ShortHeadersOfOlderPlayersAreReadAndWrittenInFull) {
+TEST(TrackItem, ShortHeadersOfOlderPlayersAreReadAndWrittenInFull) {
   for (const std::uint32_t headerLength : {156u, 160u, 244u, 328u, 387u}) {
     const std::string fields = U32(1) + U32(42) + Pattern(headerLength);
     Arena arena;
@@ -52,7 +52,7 @@ TEST(TrackItemTest, ShortHeadersOfOlderPlayersAreReadAndWrittenInFull) {
   }
 }
 
-TEST(TrackItemTest, ATailLongerThanTheFileIsHeldAsFarAsItGoes) {
+TEST(TrackItem, ATailLongerThanTheFileIsHeldAsFarAsItGoes) {
   const std::string whole = ChunkBytes("mhit", 388, U32(3) + U32(42), "") + "tail";
   std::string bytes = whole;
   bytes.replace(4, 4, U32(0xFFFFFFF0));
@@ -65,13 +65,13 @@ TEST(TrackItemTest, ATailLongerThanTheFileIsHeldAsFarAsItGoes) {
   EXPECT_THROW(item.DataObjectAt(0), std::out_of_range);
 }
 
-TEST(TrackItemTest, ANewItemIsWrittenWithTheFullHeader) {
+TEST(TrackItem, ANewItemIsWrittenWithTheFullHeader) {
   Arena arena;
   TrackItemChunk item(arena);
   EXPECT_EQ(WrittenBytes(item), ChunkBytes("mhit", 388, U32(0) + U32(0) + U32(1), ""));
 }
 
-TEST(TrackListTest, TracksAreOrderedByUnsignedIdAndTheFirstOfAnIdStays) {
+TEST(TrackList, TracksAreOrderedByUnsignedIdAndTheFirstOfAnIdStays) {
   const std::string tracks = Track(30, 1, TextObject(1, u"first")) + Track(0x80000000, 0, "") +
                              Track(10, 0, "") + Track(30, 1, TextObject(1, u"second one")) +
                              Track(20, 0, "");
@@ -86,14 +86,14 @@ TEST(TrackListTest, TracksAreOrderedByUnsignedIdAndTheFirstOfAnIdStays) {
                           Track(0x80000000, 0, "")));
 }
 
-TEST(TrackListTest, TheFirstOfNeighboursWithOneIdStays) {
+TEST(TrackList, TheFirstOfNeighboursWithOneIdStays) {
   Arena arena;
   TrackListChunk list(arena);
   ReadBytes(list, ListBytes("mhlt", 2, Track(30, 0, "") + Track(30, 0, "")));
   EXPECT_EQ(IdsOf(list), std::vector<std::uint32_t>{30});
 }
 
-TEST(TrackListTest, AnItemThatFailsStandsUnderIdZeroAndTakesOneOffTheSum) {
+TEST(TrackList, AnItemThatFailsStandsUnderIdZeroAndTakesOneOffTheSum) {
   const std::string good = Track(5, 0, "");
   Arena arena;
   TrackListChunk list(arena);
@@ -102,7 +102,7 @@ TEST(TrackListTest, AnItemThatFailsStandsUnderIdZeroAndTakesOneOffTheSum) {
   EXPECT_EQ(IdsOf(list), (std::vector<std::uint32_t>{0, 5}));
 }
 
-TEST(TrackListTest, ItemsBeyondTheEndTakeOneEachOffTheSumWhichWrapsAround) {
+TEST(TrackList, ItemsBeyondTheEndTakeOneEachOffTheSumWhichWrapsAround) {
   Arena arena;
   TrackListChunk list(arena);
   const std::string good = Track(5, 0, "");
@@ -111,7 +111,7 @@ TEST(TrackListTest, ItemsBeyondTheEndTakeOneEachOffTheSumWhichWrapsAround) {
   EXPECT_EQ(IdsOf(list), std::vector<std::uint32_t>{5});
 }
 
-TEST(TrackListTest, AfterThirtyTwoFailuresNothingMoreIsLookedFor) {
+TEST(TrackList, AfterThirtyTwoFailuresNothingMoreIsLookedFor) {
   Arena arena;
   TrackListChunk list(arena);
   const std::string junk(4 * 1000, 'x');

@@ -32,35 +32,31 @@ std::size_t ToAnsi(std::u16string_view text, char* bytes, std::size_t capacity) 
       static_cast<int>(capacity), nullptr, nullptr));
 }
 
-// The whole characters at the beginning of the text that fit.
-void ConvertWhatFits(std::u16string_view text, AnsiText& result) {
+// The whole characters at the beginning of the text that fit. True when all of them do.
+bool ConvertWhatFits(std::u16string_view text, AnsiText& result) {
   while (!text.empty()) {
     const bool pair = text.size() > 1 && IsHighSurrogate(text[0]) && IsLowSurrogate(text[1]);
     const std::u16string_view character = text.substr(0, pair ? 2 : 1);
     char bytes[16];
     const std::size_t length = ToAnsi(character, bytes, sizeof(bytes));
-    if (length > kLongestText - result.length) return;
+    if (length > kLongestText - result.length) return false;
     std::memcpy(result.bytes + result.length, bytes, length);
     result.length += length;
     text.remove_prefix(character.size());
   }
+  return true;
 }
 
-// The text ends at its first NUL; hardly any holds one,
-// and to see that is quicker than to search for it.
-std::u16string_view UntilNul(std::u16string_view text) {
-  bool anyNul = false;
-  for (const char16_t unit : text) anyNul |= unit == 0;
-  return anyNul ? text.substr(0, text.find(u'\0')) : text;
-}
-
-AnsiText Convert(std::u16string_view wideText) {
+// The text ends at its first NUL. Hardly any holds one, so that is looked for in the result.
+AnsiText Convert(std::u16string_view units) {
   AnsiText result;
-  const std::u16string_view units = UntilNul(wideText);
   if (!units.empty()) {
     result.length = ToAnsi(units, result.bytes, kLongestText);
-    result.whole = result.length > 0;
-    if (!result.whole) ConvertWhatFits(units, result);
+    if (result.length > 0) {
+      result.length = strnlen(result.bytes, result.length);
+    } else {
+      result.whole = ConvertWhatFits(units.substr(0, units.find(u'\0')), result);
+    }
   }
   result.bytes[result.length] = '\0';
   return result;
@@ -71,57 +67,32 @@ void CopyText(const AnsiText& text, char (&field)[QUAYLINK_TEXT_SIZE]) {
 }
 
 // Players store the location with ":" between its parts.
-void CopyLocation(AnsiText text, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
+void CopyLocation(const AnsiText& text, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
   const std::size_t prefix = driveLetter ? 2 : 0;
-  field[0] = '\0';
   if (!text.whole || prefix + text.length > kLongestText) return;
-  std::replace(text.bytes, text.bytes + text.length, ':', driveLetter ? '\\' : '/');
   if (driveLetter) {
     field[0] = driveLetter;
     field[1] = ':';
   }
-  std::memcpy(field + prefix, text.bytes, text.length + 1);
+  std::replace_copy(text.bytes, text.bytes + text.length, field + prefix, ':',
+                    driveLetter ? '\\' : '/');
 }
 
-// A text that a record takes in, not yet converted.
-struct FoundText {
-  std::uint32_t type = 0;
-  std::u16string_view text;
-};
-
-bool IsOfRecord(std::uint32_t objectType) {
-  return objectType >= kTitleObject && objectType <= kArtistObject;
-}
-
-void AddText(const FoundText& found, char driveLetter, TrackRecord& record) {
-  switch (found.type) {
-    case kTitleObject:
-      return CopyText(Convert(found.text), record.title);
-    case kLocationObject:
-      return CopyLocation(Convert(found.text), driveLetter, record.location);
-    case kAlbumObject:
-      return CopyText(Convert(found.text), record.album);
-    case kArtistObject:
-      return CopyText(Convert(found.text), record.artist);
-    default:
-      return;
+// Of several strings of one type the last one counts.
+void FillRecord(const TrackItemChunk& item, char driveLetter, TrackRecord& record) {
+  std::array<const DataObjectChunk*, kArtistObject + 1> found{};
+  for (const auto& object : item.dataObjects) {
+    const std::uint32_t type = object->objectType;
+    if (type < found.size()) found[type] = object.get();
   }
-}
-
-// Several texts are looked up before any is converted, and each before its type is looked at: a
-// large database lies far apart in memory, and the processor can wait for several places at once.
-void AddTexts(const TrackItemChunk& item, char driveLetter, TrackRecord& record) {
-  std::array<FoundText, 8> found;
-  const auto count = static_cast<std::uint32_t>(item.DataObjectCount());
-  for (std::uint32_t i = 0; i < count;) {
-    std::size_t number = 0;
-    for (; i < count && number < found.size(); ++i) {
-      const DataObjectChunk& object = item.DataObjectAt(i);
-      found[number] = {object.objectType, {object.wideText.data(), object.wideText.size()}};
-      if (IsOfRecord(object.objectType)) ++number;
-    }
-    for (std::size_t k = 0; k < number; ++k) AddText(found[k], driveLetter, record);
-  }
+  const auto convert = [&found](std::uint32_t type) {
+    const ArenaArray<char16_t>& text = found[type]->wideText;
+    return Convert({text.data(), text.size()});
+  };
+  if (found[kTitleObject]) CopyText(convert(kTitleObject), record.title);
+  if (found[kLocationObject]) CopyLocation(convert(kLocationObject), driveLetter, record.location);
+  if (found[kAlbumObject]) CopyText(convert(kAlbumObject), record.album);
+  if (found[kArtistObject]) CopyText(convert(kArtistObject), record.artist);
 }
 
 }  // namespace
@@ -130,24 +101,31 @@ bool DeviceManager::Parse(const char* databasePath) {
   LocalFile file(fopen(databasePath, "rb"));
   if (!file) return false;
   theDatabase.Clear();
-  Stream stream(file.get());
-  const std::int32_t result = theDatabase.Read(stream);
-  file.reset();
-  theDatabase.ReleaseUnusedMemory();
-  if (result < 0) return false;
+  try {
+    Reader reader(file.get());
+    const std::int32_t result = theDatabase.Read(reader);
+    file.reset();
+    theDatabase.ReleaseUnusedMemory();
+    if (result < 0) return false;
 
-  const DataSetChunk* dataSet = theDatabase.TrackDataSet();
-  const std::size_t count = dataSet ? dataSet->trackList.tracks.size() : 0;
-  if (count > trackRecords.max_size()) throw std::bad_alloc();
-  trackRecords.reserve(count);
-  trackRecords.clear();
-  if (dataSet) BuildTrackRecords(dataSet->trackList);
-  return true;
+    const DataSetChunk* dataSet = theDatabase.TrackDataSet();
+    const std::size_t count = dataSet ? dataSet->trackList.tracks.size() : 0;
+    if (count > trackRecords.max_size()) throw std::bad_alloc();
+    trackRecords.reserve(count);
+    trackRecords.clear();
+    if (dataSet) BuildTrackRecords(dataSet->trackList);
+    return true;
+  } catch (const std::bad_alloc&) {
+    // What was read until then is of no use, and the host is short of memory.
+    theDatabase.Clear();
+    theDatabase.ReleaseUnusedMemory();
+    throw;
+  }
 }
 
 void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
   for (const TrackMap::Entry& track : trackList.tracks) {
-    AddTexts(*track.item, driveLetter, trackRecords.emplace_back());
+    FillRecord(*track.item, driveLetter, trackRecords.emplace_back());
   }
 }
 

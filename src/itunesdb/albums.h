@@ -1,5 +1,5 @@
-// mhla and mhia: the album list and its albums. Nothing
-// interprets them; they are read so that they can be written.
+// mhla and mhia: the album list and its albums. Nothing interprets them; they are read so that they
+// can be written.
 #pragma once
 
 #include "itunesdb/data_object.h"
@@ -7,16 +7,14 @@
 namespace quaylink {
 
 struct AlbumItemHeader {
-  std::uint32_t dataObjectCount = 0;  // as read; the number held is what is written
-  std::uint32_t field0x10 = 0;
-  std::uint64_t field0x14 = 0;
-  std::uint32_t field0x1C = 2;
+  Field32 dataObjectCount;  // as read; the number held is what is written
+  Field32 field0x10;
+  Field64 field0x14;
+  Field32 field0x1C = 2;
 
-  static constexpr std::uint32_t kKnownLength = 0x20;
-  template <class V>
-  static void Visit(V& v) {
+  static constexpr auto Fields() {
     using H = AlbumItemHeader;
-    v.Fields(&H::dataObjectCount, &H::field0x10, &H::field0x14, &H::field0x1C);
+    return std::tuple(&H::dataObjectCount, &H::field0x10, &H::field0x14, &H::field0x1C);
   }
 };
 
@@ -27,8 +25,8 @@ class AlbumItemChunk final : public Chunk, public AlbumItemHeader {
   ChunkList<DataObjectChunk> dataObjects;
 
   // Returns the total length that the item states.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 };
 
 class AlbumListChunk final : public Chunk {
@@ -38,8 +36,8 @@ class AlbumListChunk final : public Chunk {
   ChunkList<AlbumItemChunk> albumItems;
 
   // Appends the items read. Returns the header length and the results of all items.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 };
 
 }  // namespace quaylink

@@ -13,24 +13,10 @@ constexpr std::size_t kSmallestBlock = 8 * 1024;
 constexpr std::size_t kLargestBlock = 4 * 1024 * 1024;
 constexpr std::size_t kLargestInBlock = kSmallestBlock / 4;
 
-// Under the address sanitizer every allocation stands alone,
-// so that an overrun does not land in a neighbour unseen.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kEachApart = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-constexpr bool kEachApart = true;
-#else
-constexpr bool kEachApart = false;
-#endif
-#else
-constexpr bool kEachApart = false;
-#endif
-
 }  // namespace
 
 void* Arena::AllocateElsewhere(std::size_t size) {
-  if (kEachApart || size > kLargestInBlock) {
+  if (size > kLargestInBlock) {
     large_.push_back(std::make_unique_for_overwrite<std::byte[]>(size));
     return large_.back().get();
   }
@@ -38,20 +24,17 @@ void* Arena::AllocateElsewhere(std::size_t size) {
     const std::size_t blockSize = std::clamp(blockBytes_ / 4, kSmallestBlock, kLargestBlock);
     blocks_.push_back({std::make_unique_for_overwrite<std::byte[]>(blockSize), blockSize});
     blockBytes_ += blockSize;
+    Poison(blocks_.back().bytes.get(), blockSize);
   }
   const Block& block = blocks_[blocksInUse_++];
-  cursor_ = block.bytes.get() + size;
   end_ = block.bytes.get() + block.size;
+  Advance(block.bytes.get(), size);
   return block.bytes.get();  // which is aligned for every type
-}
-
-void Arena::ShrinkNewest(void* allocation, std::size_t oldSize, std::size_t newSize) {
-  std::byte* begin = static_cast<std::byte*>(allocation);
-  if (begin + oldSize == cursor_) cursor_ = begin + newSize;
 }
 
 void Arena::Rewind() {
   large_.clear();
+  for (const Block& block : blocks_) Poison(block.bytes.get(), block.size);
   blocksInUse_ = 0;
   cursor_ = end_ = nullptr;
 }

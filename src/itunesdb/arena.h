@@ -1,5 +1,5 @@
-// Memory for the chunks of one database: handed out front
-// to back from large blocks and given up all at once.
+// Memory for the chunks of one database: handed out front to back from large blocks and given up
+// all at once.
 #pragma once
 
 #include <cstddef>
@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "common/poison.h"
+
 namespace quaylink {
 
 class Arena {
@@ -17,19 +19,16 @@ class Arena {
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;
 
-  // Memory that lasts until the next Rewind. The alignment is a power of two. Throws std::bad_alloc
-  // when there is none.
+  // Memory that lasts until the next Rewind. The alignment is a power of two, at most that of
+  // std::max_align_t. Throws std::bad_alloc when there is none.
   void* Allocate(std::size_t size, std::size_t alignment) {
     const std::size_t padding = (0 - reinterpret_cast<std::uintptr_t>(cursor_)) & (alignment - 1);
-    if (static_cast<std::size_t>(end_ - cursor_) < padding + size) return AllocateElsewhere(size);
+    const auto room = static_cast<std::size_t>(end_ - cursor_);
+    if (room < padding || room - padding < size) return AllocateElsewhere(size);
     std::byte* result = cursor_ + padding;
-    cursor_ = result + size;
+    Advance(result, size);
     return result;
   }
-
-  // Gives back the end of the newest allocation, so that it keeps `newSize` bytes. Does nothing
-  // when something was allocated since.
-  void ShrinkNewest(void* allocation, std::size_t oldSize, std::size_t newSize);
 
   // Gives up everything that was handed out. The common blocks stay for what is allocated next.
   void Rewind();
@@ -40,8 +39,17 @@ class Arena {
  private:
   using Bytes = std::unique_ptr<std::byte[]>;
 
+  // Between two allocations, so that an overrun of one does not land in the next unseen.
+  static constexpr std::size_t kGap = kPoisons ? 8 : 0;
+
   // When the block in use is too small.
   void* AllocateElsewhere(std::size_t size);
+
+  // Hands out `size` bytes at the beginning of what is left of the block.
+  void Advance(std::byte* result, std::size_t size) {
+    Unpoison(result, size);
+    cursor_ = static_cast<std::size_t>(end_ - result) - size < kGap ? end_ : result + size + kGap;
+  }
 
   struct Block {
     Bytes bytes;

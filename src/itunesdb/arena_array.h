@@ -1,5 +1,5 @@
-// Arrays in an arena, each behind a single pointer: most
-// chunks have few or none, and there are many chunks.
+// Arrays in an arena, each behind a single pointer: most chunks have few or none, and there are
+// many chunks.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,9 @@
 
 namespace quaylink {
 
-// A fixed number of plain values, or none at all (which is not the
-// same as none left: an empty array exists). One zero value follows
-// the last, so that a text is NUL-terminated. Copies share the values.
+// A fixed number of plain values, or none at all (which is not the same as an empty array: that one
+// exists). One zero value follows the last, so that a string is NUL-terminated. Copies share the
+// values.
 template <class T>
 class ArenaArray {
   static_assert(std::is_trivially_copyable_v<T> && alignof(T) <= alignof(std::uint32_t));
@@ -83,13 +83,6 @@ class ChunkList {
     head_ = head;
   }
 
-  // Gives back the room beyond `capacity` children while nothing else has been allocated.
-  void ShrinkTo(Arena& arena, std::uint32_t capacity) {
-    if (!head_ || capacity >= head_->capacity || capacity < head_->size) return;
-    arena.ShrinkNewest(head_, Bytes(head_->capacity), Bytes(capacity));
-    head_->capacity = capacity;
-  }
-
   // Destroys every child, in order, and forgets the storage.
   void Clear() {
     DestroyAll();
@@ -107,8 +100,8 @@ class ChunkList {
   }
   std::uint32_t Capacity() const { return head_ ? head_->capacity : 0; }
   void DestroyAll() {
-    // The pointers themselves are not cleared, so that
-    // nothing is left to do where a child's end does nothing.
+    // The pointers stay as they are, so that nothing is left to do where a child's end does
+    // nothing.
     std::destroy(begin(), end());
   }
 

@@ -1,47 +1,38 @@
 #include "itunesdb/data_object.h"
 
 #include <algorithm>
-#include <bit>
 #include <string>
 
 namespace quaylink {
 
 namespace {
 
+constexpr std::uint32_t kLengthOfHeader = KnownLength<DataObjectHeader>();
+
 // Between the entry count and the entries of a list body.
 constexpr std::uint32_t kIndexListGap = 40;
 constexpr std::uint32_t kJumpTableGap = 8;
 
-std::uint32_t AtMostRemaining(const Stream& stream, std::uint32_t count, std::uint32_t size) {
-  return static_cast<std::uint32_t>(std::min<std::uint64_t>(count, stream.Remaining() / size));
+std::uint32_t AtMostRemaining(const Reader& reader, std::uint32_t count, std::uint32_t size) {
+  return static_cast<std::uint32_t>(std::min<std::uint64_t>(count, reader.Remaining() / size));
 }
 
-// Integers in memory as they stand in the file, and the other way round.
-template <class T>
-void SwapOnBigEndian(T* values, std::size_t count) {
-  if constexpr (std::endian::native == std::endian::big) {
-    for (std::size_t i = 0; i < count; ++i) {
-      values[i] = LoadLittleEndian<T>(reinterpret_cast<const std::uint8_t*>(values + i));
-    }
-  }
+std::uint32_t ReadWord(Reader& reader, std::uint32_t otherwise) {
+  Field32 word;
+  const bool there = reader.Read(&word, sizeof(word)) == sizeof(word);
+  return there ? std::uint32_t{word} : otherwise;
 }
 
-std::uint32_t ReadWord(Stream& stream, std::uint32_t otherwise) {
-  std::uint8_t bytes[4];
-  return stream.Read(bytes, sizeof(bytes)) == sizeof(bytes) ? LoadLittleEndian<std::uint32_t>(bytes)
-                                                            : otherwise;
-}
-
-void WriteWord(Stream& stream, std::uint32_t value) {
-  StoreLittleEndian(stream.Claim(4), value);
+void WriteWord(Writer& writer, std::uint32_t value) {
+  StoreLittleEndian(writer.Append(4), value);
 }
 
 // Writes what is held of a body, and zeros for what is stated beyond it.
-std::uint32_t WriteBody(Stream& stream, const void* held, std::uint32_t heldLength,
+std::uint32_t WriteBody(Writer& writer, const void* held, std::uint32_t heldLength,
                         std::uint32_t length) {
   const std::uint32_t there = std::min(heldLength, length);
-  stream.Write(held, there);
-  if (length > there) std::memset(stream.Claim(length - there), 0, length - there);
+  writer.Append(held, there);
+  writer.AppendZeros(length - there);
   return length;
 }
 
@@ -60,10 +51,10 @@ BodyKind BodyKindOf(std::uint32_t objectType) {
   return BodyKind::kRaw;
 }
 
-std::int32_t DataObjectChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kDataObjectTag) < 0) return FailedRead(stream);
-  TakeHeader<DataObjectHeader>(stream, stream.Peek(DataObjectHeader::kKnownLength - kTagLength),
-                               DataObjectHeader::kKnownLength, headerLength, totalLength, *this);
+std::int32_t DataObjectChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kDataObjectTag) < 0) return FailedRead(reader);
+  TakeHeader<DataObjectHeader>(reader, reader.Peek(kLengthOfHeader - kTagLength), kLengthOfHeader,
+                               headerLength, totalLength, *this);
   wideText = {};
   rawBody = {};
   indexEntries = {};
@@ -71,21 +62,21 @@ std::int32_t DataObjectChunk::Read(Stream& stream) {
   byteText = {};
   switch (BodyKindOf(objectType)) {
     case BodyKind::kWideText:
-      ReadWideText(stream);
+      ReadWideText(reader);
       break;
     case BodyKind::kByteText:
-      bodyLength = AtMostRemaining(stream, LengthBeyond(DataObjectHeader::kKnownLength), 1);
-      byteText = ReadArray<char>(stream, Memory(), bodyLength);
+      bodyLength = AtMostRemaining(reader, LengthBeyond(kLengthOfHeader), 1);
+      byteText = ReadArray<char>(reader, Memory(), bodyLength);
       break;
     case BodyKind::kIndexList:
-      ReadIndexList(stream);
+      ReadIndexList(reader);
       break;
     case BodyKind::kJumpTable:
-      ReadJumpTable(stream);
+      ReadJumpTable(reader);
       break;
     case BodyKind::kRaw:
-      bodyLength = AtMostRemaining(stream, LengthBeyond(headerLength), 1);
-      rawBody = ReadArray<std::uint8_t>(stream, Memory(), bodyLength);
+      bodyLength = AtMostRemaining(reader, LengthBeyond(headerLength), 1);
+      rawBody = ReadArray<std::uint8_t>(reader, Memory(), bodyLength);
       break;
   }
   return static_cast<std::int32_t>(totalLength);
@@ -95,87 +86,81 @@ std::uint32_t DataObjectChunk::LengthBeyond(std::uint32_t header) const {
   return totalLength > header ? totalLength - header : 0;
 }
 
-void DataObjectChunk::ReadWideText(Stream& stream) {
-  HeaderReader<WideTextHeader> reader(*this, stream.Peek(WideTextHeader::kKnownLength),
-                                      WideTextHeader::kKnownLength);
-  WideTextHeader::Visit(reader);
-  stream.SkipBy(WideTextHeader::kKnownLength);
-  const std::uint32_t units = AtMostRemaining(stream, bodyLength / 2, 2);
+void DataObjectChunk::ReadWideText(Reader& reader) {
+  WideTextHeader& words = *this;
+  const auto bytes = reader.Peek(sizeof(words));
+  std::memcpy(&words, bytes.data(), bytes.size() / sizeof(Field32) * sizeof(Field32));
+  reader.Skip(sizeof(words));
+  const std::uint32_t units = AtMostRemaining(reader, bodyLength / 2, 2);
   if (units < bodyLength / 2) bodyLength = units * 2;
-  wideText = ReadArray<char16_t>(stream, Memory(), units);
-  SwapOnBigEndian(wideText.data(), units);
+  wideText = ReadArray<char16_t>(reader, Memory(), units);
 }
 
-void DataObjectChunk::ReadIndexList(Stream& stream) {
-  indexField = ReadWord(stream, indexField);
-  entryCount = ReadWord(stream, entryCount);
-  stream.SkipBy(kIndexListGap);
-  entryCount = AtMostRemaining(stream, entryCount, sizeof(std::uint32_t));
-  indexEntries = ReadArray<std::uint32_t>(stream, Memory(), entryCount);
-  SwapOnBigEndian(indexEntries.data(), entryCount);
+void DataObjectChunk::ReadIndexList(Reader& reader) {
+  indexField = ReadWord(reader, indexField);
+  entryCount = ReadWord(reader, entryCount);
+  reader.Skip(kIndexListGap);
+  entryCount = AtMostRemaining(reader, entryCount, sizeof(std::uint32_t));
+  indexEntries = ReadArray<std::uint32_t>(reader, Memory(), entryCount);
 }
 
-void DataObjectChunk::ReadJumpTable(Stream& stream) {
-  indexField = ReadWord(stream, indexField);
-  const std::uint32_t stated = ReadWord(stream, 0);
-  stream.SkipBy(kJumpTableGap);
-  const std::uint32_t count = AtMostRemaining(stream, stated, sizeof(JumpEntry));
-  jumpEntries = ReadArray<JumpEntry>(stream, Memory(), count);
-  for (JumpEntry& entry : jumpEntries) SwapOnBigEndian(entry.words, std::size(entry.words));
+void DataObjectChunk::ReadJumpTable(Reader& reader) {
+  indexField = ReadWord(reader, indexField);
+  const std::uint32_t stated = ReadWord(reader, 0);
+  reader.Skip(kJumpTableGap);
+  const std::uint32_t count = AtMostRemaining(reader, stated, sizeof(JumpEntry));
+  jumpEntries = ReadArray<JumpEntry>(reader, Memory(), count);
 }
 
-std::int32_t DataObjectChunk::Write(Stream& stream) {
-  TotalLengthSlot slot(stream);
-  WriteHeader<DataObjectHeader>(stream, kDataObjectTag, DataObjectHeader::kKnownLength, 0, *this);
+std::int32_t DataObjectChunk::Write(Writer& writer) {
+  TotalLengthSlot slot(writer);
+  WriteHeader<DataObjectHeader>(writer, kDataObjectTag, kLengthOfHeader, 0, *this);
   std::uint32_t body = 0;
   switch (BodyKindOf(objectType)) {
     case BodyKind::kWideText:
-      body = WriteWideText(stream);
+      body = WriteWideText(writer);
       break;
     case BodyKind::kByteText:
-      body = WriteBody(stream, byteText.data(), byteText.size(), bodyLength);
+      body = WriteBody(writer, byteText.data(), byteText.size(), bodyLength);
       break;
     case BodyKind::kIndexList:
-      body = WriteIndexList(stream);
+      body = WriteIndexList(writer);
       break;
     case BodyKind::kJumpTable:
-      body = WriteJumpTable(stream);
+      body = WriteJumpTable(writer);
       break;
     case BodyKind::kRaw:
-      body = WriteBody(stream, rawBody.data(), rawBody.size(), bodyLength);
+      body = WriteBody(writer, rawBody.data(), rawBody.size(), bodyLength);
       break;
   }
-  return slot.Fill(DataObjectHeader::kKnownLength + body);
+  return slot.Fill(kLengthOfHeader + body);
 }
 
-std::uint32_t DataObjectChunk::WriteWideText(Stream& stream) {
+std::uint32_t DataObjectChunk::WriteWideText(Writer& writer) {
   textPosition = 1;
-  HeaderWriter<WideTextHeader> writer(*this, stream.Claim(WideTextHeader::kKnownLength));
-  WideTextHeader::Visit(writer);
-  SwapOnBigEndian(wideText.data(), wideText.size());
-  const std::uint32_t length =
-      WriteBody(stream, wideText.data(), wideText.size() * 2, bodyLength / 2 * 2);
-  SwapOnBigEndian(wideText.data(), wideText.size());
-  return WideTextHeader::kKnownLength + length;
+  const WideTextHeader& words = *this;
+  writer.Append(&words, sizeof(words));
+  return sizeof(words) +
+         WriteBody(writer, wideText.data(), wideText.size() * 2, bodyLength / 2 * 2);
 }
 
-std::uint32_t DataObjectChunk::WriteIndexList(Stream& stream) {
-  WriteWord(stream, indexField);
-  WriteWord(stream, entryCount);
-  WriteZeros(kIndexListGap, stream);
+std::uint32_t DataObjectChunk::WriteIndexList(Writer& writer) {
+  WriteWord(writer, indexField);
+  WriteWord(writer, entryCount);
+  writer.AppendZeros(kIndexListGap);
   const bool held = indexEntries.size() == entryCount;
-  for (std::uint32_t i = 0; i < entryCount; ++i) WriteWord(stream, held ? indexEntries[i] : i);
+  for (std::uint32_t i = 0; i < entryCount; ++i) WriteWord(writer, held ? indexEntries[i] : i);
   return 8 + kIndexListGap + entryCount * 4;
 }
 
-std::uint32_t DataObjectChunk::WriteJumpTable(Stream& stream) {
-  WriteWord(stream, indexField);
-  WriteWord(stream, entryCount);
-  WriteZeros(kJumpTableGap, stream);
+std::uint32_t DataObjectChunk::WriteJumpTable(Writer& writer) {
+  WriteWord(writer, indexField);
+  WriteWord(writer, entryCount);
+  writer.AppendZeros(kJumpTableGap);
   const bool held = jumpEntries.size() == entryCount;
   for (std::uint32_t i = 0; i < entryCount; ++i) {
     const JumpEntry entry = held ? jumpEntries[i] : JumpEntry{{i, i, 1}};
-    for (const std::uint32_t word : entry.words) WriteWord(stream, word);
+    for (const std::uint32_t word : entry.words) WriteWord(writer, word);
   }
   return 8 + kJumpTableGap + entryCount * 12;
 }

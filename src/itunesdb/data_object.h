@@ -1,4 +1,5 @@
-// mhod: the variable-length content of tracks, albums, playlists and their items, most of it texts.
+// mhod: the variable-length content of tracks, albums, playlists and their items, most of it
+// strings.
 #pragma once
 
 #include <memory>
@@ -21,31 +22,22 @@ enum class BodyKind { kWideText, kByteText, kIndexList, kJumpTable, kRaw };
 BodyKind BodyKindOf(std::uint32_t objectType);
 
 struct DataObjectHeader {
-  std::uint32_t objectType = 0;
-  std::uint32_t field0x10 = 0;
-  std::uint32_t field0x14 = 0;
+  Field32 objectType;
+  Field32 field0x10;
+  Field32 field0x14;
 
-  static constexpr std::uint32_t kKnownLength = 24;
-  template <class V>
-  static void Visit(V& v) {
+  static constexpr auto Fields() {
     using H = DataObjectHeader;
-    v.Fields(&H::objectType, &H::field0x10, &H::field0x14);
+    return std::tuple(&H::objectType, &H::field0x10, &H::field0x14);
   }
 };
 
-// The words before the text of a UTF-16 body.
+// The words before the string of a UTF-16 body, as they stand in the file.
 struct WideTextHeader {
-  std::uint32_t textPosition = 0;
-  std::uint32_t bodyLength = 0;  // of the body in bytes; a UTF-16 body has two for each code unit
-  std::uint32_t field0x20 = 1;
-  std::uint32_t field0x24 = 0;
-
-  static constexpr std::uint32_t kKnownLength = 16;
-  template <class V>
-  static void Visit(V& v) {
-    using H = WideTextHeader;
-    v.Fields(&H::textPosition, &H::bodyLength, &H::field0x20, &H::field0x24);
-  }
+  Field32 textPosition;
+  Field32 bodyLength;  // of the body in bytes; a UTF-16 body has two for each code unit
+  Field32 field0x20 = 1;
+  Field32 field0x24;
 };
 
 struct JumpEntry {
@@ -53,9 +45,9 @@ struct JumpEntry {
   bool operator==(const JumpEntry&) const = default;
 };
 
-// The header is taken to be 24 bytes long, whatever it states. Which
-// of the bodies an object has follows from its type; the others are
-// none. Texts and bodies lie in the arena and are followed by a zero.
+// The header is taken to be 24 bytes long, whatever it states. Reading gives an object the one body
+// that its type has and takes the others from it; SetText gives it a wideText whatever its type.
+// Writing writes the body of its type. Bodies lie in the arena.
 class DataObjectChunk final : public Chunk, public DataObjectHeader, public WideTextHeader {
  public:
   explicit DataObjectChunk(Arena& arena) : Chunk(arena) {}
@@ -63,31 +55,33 @@ class DataObjectChunk final : public Chunk, public DataObjectHeader, public Wide
   ArenaArray<char16_t> wideText;
   ArenaArray<std::uint8_t> rawBody;
   std::uint32_t indexField = 0;
-  std::uint32_t entryCount = 0;  // of index list or jump table, as it is written; the owner sets it
+  // Of an index list or a jump table, as it is written. Reading sets it for an index list only; a
+  // playlist sets it for all its data objects before it writes them.
+  std::uint32_t entryCount = 0;
   ArenaArray<std::uint32_t> indexEntries;
   ArenaArray<JumpEntry> jumpEntries;
   ArenaArray<char> byteText;
 
   // Returns the total length that the object states.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 
-  // Replaces the UTF-16 text with a copy of `text`, which ends at its NUL. Null does nothing.
+  // Replaces the UTF-16 string with a copy of `text`, which ends at its NUL. Null does nothing.
   void SetText(const char16_t* text);
 
-  // The text with one code unit for each character, of the same value; none for an empty text.
+  // The string with one code unit for each character, of the same value; none for an empty one.
   static std::unique_ptr<char16_t[]> WidenText(std::string_view text);
 
  private:
   // The length of the chunk beyond a header; 0 when the chunk is shorter.
   std::uint32_t LengthBeyond(std::uint32_t header) const;
 
-  void ReadWideText(Stream& stream);
-  void ReadIndexList(Stream& stream);
-  void ReadJumpTable(Stream& stream);
-  std::uint32_t WriteWideText(Stream& stream);
-  std::uint32_t WriteIndexList(Stream& stream);
-  std::uint32_t WriteJumpTable(Stream& stream);
+  void ReadWideText(Reader& reader);
+  void ReadIndexList(Reader& reader);
+  void ReadJumpTable(Reader& reader);
+  std::uint32_t WriteWideText(Writer& writer);
+  std::uint32_t WriteIndexList(Writer& writer);
+  std::uint32_t WriteJumpTable(Writer& writer);
 };
 
 }  // namespace quaylink

@@ -38,56 +38,57 @@ Chunk* DataSetChunk::SelectedList() {
   }
 }
 
-std::int32_t DataSetChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kDataSetTag) < 0) return FailedRead(stream);
-  if (!ReadWholeHeader<DataSetHeader>(stream, kShortestDataSetHeader, headerLength, totalLength,
+std::int32_t DataSetChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kDataSetTag) < 0) return FailedRead(reader);
+  if (!ReadWholeHeader<DataSetHeader>(reader, kShortestDataSetHeader, headerLength, totalLength,
                                       *this)) {
-    return FailedRead(stream);
+    return FailedRead(reader);
   }
   Chunk* list = SelectedList();
-  if (!list) return FailedRead(stream);
-  list->Read(stream);
+  if (!list) return FailedRead(reader);
+  list->Read(reader);
   return static_cast<std::int32_t>(totalLength);
 }
 
-std::int32_t DataSetChunk::Write(Stream& stream) {
-  TotalLengthSlot slot(stream);
-  WriteHeader<DataSetHeader>(stream, kDataSetTag, kWrittenDataSetHeader, 0, *this);
+std::int32_t DataSetChunk::Write(Writer& writer) {
+  TotalLengthSlot slot(writer);
+  WriteHeader<DataSetHeader>(writer, kDataSetTag, kWrittenDataSetHeader, 0, *this);
   Chunk* list = SelectedList();
   if (!list) return -1;
-  const std::int32_t result = list->Write(stream);
+  const std::int32_t result = list->Write(writer);
   if (result < 0) return result;
   return slot.Fill(kWrittenDataSetHeader + static_cast<std::uint32_t>(result));
 }
 
-std::int32_t DatabaseChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kDatabaseTag) < 0) return FailedRead(stream);
-  if (!ReadWholeHeader<DatabaseHeader>(stream, kShortestDatabaseHeader, headerLength, totalLength,
+std::int32_t DatabaseChunk::Read(Reader& reader) {
+  const std::uint64_t remaining = reader.Remaining();
+  if (CheckTag(reader, kDatabaseTag) < 0) return FailedRead(reader);
+  if (!ReadWholeHeader<DatabaseHeader>(reader, kShortestDatabaseHeader, headerLength, totalLength,
                                        *this)) {
-    return FailedRead(stream);
+    return FailedRead(reader);
   }
   std::uint32_t sum = headerLength;
   for (std::uint32_t i = 0; i < dataSetCount; ++i) {
-    if (stream.Exhausted()) {
+    if (reader.Exhausted()) {
       sum -= dataSetCount - i;
       dataSetCount = dataSets.size();
       break;
     }
-    sum += static_cast<std::uint32_t>(AddDataSet(0).Read(stream));
+    sum += static_cast<std::uint32_t>(AddDataSet(0).Read(reader));
   }
-  bytesRead_ = static_cast<std::size_t>(std::min(stream.Tell(), stream.Size()));
+  bytesRead_ = static_cast<std::size_t>(remaining - reader.Remaining());
   return sum == totalLength ? static_cast<std::int32_t>(totalLength) : -1;
 }
 
-std::int32_t DatabaseChunk::Write(Stream& stream) {
+std::int32_t DatabaseChunk::Write(Writer& writer) {
   headerLength = kWrittenDatabaseHeader;
-  stream.Reserve(static_cast<std::size_t>(stream.Tell()) + bytesRead_);
-  TotalLengthSlot slot(stream);
-  WriteHeader<DatabaseHeader>(stream, kDatabaseTag, headerLength, 0, *this);
+  writer.Reserve(bytesRead_);
+  TotalLengthSlot slot(writer);
+  WriteHeader<DatabaseHeader>(writer, kDatabaseTag, headerLength, 0, *this);
   std::uint32_t sum = headerLength;
   for (std::uint32_t i = 0; i < dataSetCount; ++i) {
     DataSetChunk& dataSet = *CheckedAt(dataSets, i);
-    if (const std::int32_t result = WriteChild(stream, dataSet, sum); result < 0) return result;
+    if (const std::int32_t result = WriteChild(writer, dataSet, sum); result < 0) return result;
   }
   return slot.Fill(sum);
 }

@@ -11,13 +11,9 @@
 namespace quaylink {
 
 struct DataSetHeader {
-  std::uint32_t dataSetType = 0;
+  Field32 dataSetType;
 
-  static constexpr std::uint32_t kKnownLength = 16;
-  template <class V>
-  static void Visit(V& v) {
-    v.Fields(&DataSetHeader::dataSetType);
-  }
+  static constexpr auto Fields() { return std::tuple(&DataSetHeader::dataSetType); }
 };
 
 // One list, chosen by the type: tracks (1, 6), playlists (2, 3, 5) or albums (4). The other two
@@ -32,8 +28,8 @@ class DataSetChunk final : public Chunk, public DataSetHeader {
 
   // Returns the total length that the data set states,
   // whatever becomes of its list; -1 for an unknown type.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 
  private:
   // The list that the type selects, null for an unknown type.
@@ -42,31 +38,29 @@ class DataSetChunk final : public Chunk, public DataSetHeader {
 
 // Fields that are only carried are named by their file offset.
 struct DatabaseHeader {
-  std::uint32_t field0x0C = 1;
-  std::uint32_t field0x10 = 25;
-  std::uint32_t dataSetCount = 5;
-  std::uint64_t field0x18 = 0;
-  std::uint16_t field0x20 = 2;
-  std::uint16_t field0x22 = 0x6302;
-  std::uint64_t field0x24 = 0;
-  std::uint32_t field0x2C = 0;
-  std::uint16_t field0x30 = 1;
-  std::array<std::uint8_t, 20> field0x32{};
-  std::uint16_t field0x46 = 0x656E;
-  std::uint64_t field0x48 = 0;
-  std::uint32_t field0x50 = 0;
-  std::uint32_t field0x54 = 0;
-  std::array<std::uint8_t, 20> field0x58{};
-  std::uint32_t field0x6C = 0x909DFFFF;
+  Field32 field0x0C = 1;
+  Field32 field0x10 = 25;
+  Field32 dataSetCount = 5;
+  Field64 field0x18;
+  Field16 field0x20 = 2;
+  Field16 field0x22 = 0x6302;
+  Field64 field0x24;
+  Field32 field0x2C;
+  Field16 field0x30 = 1;
+  std::array<Field8, 20> field0x32{};
+  Field16 field0x46 = 0x656E;
+  Field64 field0x48;
+  Field32 field0x50;
+  Field32 field0x54;
+  std::array<Field8, 20> field0x58{};
+  Field32 field0x6C = 0x909DFFFF;
 
-  static constexpr std::uint32_t kKnownLength = 0x70;
-  template <class V>
-  static void Visit(V& v) {
+  static constexpr auto Fields() {
     using H = DatabaseHeader;
-    v.Fields(&H::field0x0C, &H::field0x10, &H::dataSetCount, &H::field0x18, &H::field0x20,
-             &H::field0x22, &H::field0x24, &H::field0x2C, &H::field0x30, &H::field0x32,
-             &H::field0x46, &H::field0x48, &H::field0x50, &H::field0x54, &H::field0x58,
-             &H::field0x6C);
+    return std::tuple(&H::field0x0C, &H::field0x10, &H::dataSetCount, &H::field0x18, &H::field0x20,
+                      &H::field0x22, &H::field0x24, &H::field0x2C, &H::field0x30, &H::field0x32,
+                      &H::field0x46, &H::field0x48, &H::field0x50, &H::field0x54, &H::field0x58,
+                      &H::field0x6C);
   }
 };
 
@@ -79,9 +73,9 @@ class DatabaseChunk final : private Arena, public Chunk, public DatabaseHeader {
 
   // Appends the data sets of the file. Returns the total length, or -1 when the lengths that the
   // data sets state do not add up to it.
-  std::int32_t Read(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
   // Writes `dataSetCount` data sets. Throws std::out_of_range when fewer are held.
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Write(Writer& writer) override;
 
   // Destroys every data set. The header fields keep their
   // values, and the memory stays for the next reading.

@@ -1,5 +1,6 @@
 #include "itunesdb/playlists.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <random>
@@ -42,23 +43,23 @@ std::uint64_t NewPersistentId() {
   return std::uint64_t{guid.Data1} << 32 | std::uint64_t{guid.Data2} << 16 | guid.Data3 | random;
 }
 
-std::int32_t PlaylistItemChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kPlaylistItemTag) < 0) return FailedRead(stream);
-  if (!ReadWholeHeader<PlaylistItemHeader>(stream, kShortestItemHeader, headerLength, totalLength,
+std::int32_t PlaylistItemChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kPlaylistItemTag) < 0) return FailedRead(reader);
+  if (!ReadWholeHeader<PlaylistItemHeader>(reader, kShortestItemHeader, headerLength, totalLength,
                                            *this)) {
-    return FailedRead(stream);
+    return FailedRead(reader);
   }
   return static_cast<std::int32_t>(headerLength +
-                                   ReadChildren(stream, Memory(), dataObjectCount, dataObjects));
+                                   ReadChildren(reader, Memory(), dataObjectCount, dataObjects));
 }
 
-std::int32_t PlaylistItemChunk::Write(Stream& stream) {
-  TotalLengthSlot slot(stream);
+std::int32_t PlaylistItemChunk::Write(Writer& writer) {
+  TotalLengthSlot slot(writer);
   PlaylistItemHeader header = *this;
   header.dataObjectCount = dataObjects.size();
-  WriteHeader(stream, kPlaylistItemTag, kWrittenItemHeader, 0, header);
+  WriteHeader(writer, kPlaylistItemTag, kWrittenItemHeader, 0, header);
   std::uint32_t sum = kWrittenItemHeader;
-  const std::int32_t result = WriteChildren(stream, dataObjects, sum);
+  const std::int32_t result = WriteChildren(writer, dataObjects, sum);
   return result < 0 ? result : slot.Fill(sum);
 }
 
@@ -66,36 +67,35 @@ PlaylistChunk::PlaylistChunk(Arena& arena) : Chunk(arena) {
   playlistId = NewPersistentId();
 }
 
-std::int32_t PlaylistChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kPlaylistTag) < 0) return FailedRead(stream);
-  if (!ReadWholeHeader<PlaylistHeader>(stream, kShortestPlaylistHeader, headerLength, totalLength,
+std::int32_t PlaylistChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kPlaylistTag) < 0) return FailedRead(reader);
+  if (!ReadWholeHeader<PlaylistHeader>(reader, kShortestPlaylistHeader, headerLength, totalLength,
                                        *this)) {
-    return FailedRead(stream);
+    return FailedRead(reader);
   }
+  field0x30 = {};
   if (playlistId == 0) playlistId = NewPersistentId();
   std::uint32_t sum = headerLength;
-  sum += ReadChildren(stream, Memory(), dataObjectCount, dataObjects);
-  sum += ReadChildren(stream, Memory(), itemCount, items);
+  sum += ReadChildren(reader, Memory(), dataObjectCount, dataObjects);
+  sum += ReadChildren(reader, Memory(), itemCount, items);
   return static_cast<std::int32_t>(sum);
 }
 
-std::int32_t PlaylistChunk::Write(Stream& stream) {
-  TotalLengthSlot slot(stream);
+std::int32_t PlaylistChunk::Write(Writer& writer) {
+  TotalLengthSlot slot(writer);
   dataObjectCount = dataObjects.size();
   itemCount = items.size();
   PlaylistHeader header = *this;
-  header.dataObjectCount = 0;
-  for (const auto& object : dataObjects) {
-    object->entryCount = itemCount;
-    if (IsWritten(*object)) ++header.dataObjectCount;
-  }
-  WriteHeader(stream, kPlaylistTag, kWrittenPlaylistHeader, 0, header);
+  for (const auto& object : dataObjects) object->entryCount = itemCount;
+  header.dataObjectCount = static_cast<std::uint32_t>(
+      std::ranges::count_if(dataObjects, [](const auto& object) { return IsWritten(*object); }));
+  WriteHeader(writer, kPlaylistTag, kWrittenPlaylistHeader, 0, header);
   std::uint32_t sum = kWrittenPlaylistHeader;
   for (const auto& object : dataObjects) {
     if (!IsWritten(*object)) continue;
-    if (const std::int32_t result = WriteChild(stream, *object, sum); result < 0) return result;
+    if (const std::int32_t result = WriteChild(writer, *object, sum); result < 0) return result;
   }
-  const std::int32_t result = WriteChildren(stream, items, sum);
+  const std::int32_t result = WriteChildren(writer, items, sum);
   return result < 0 ? result : slot.Fill(sum);
 }
 
@@ -119,19 +119,19 @@ PlaylistListChunk::PlaylistListChunk(Arena& arena) : Chunk(arena) {
   EnsureMasterPlaylist();
 }
 
-std::int32_t PlaylistListChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kPlaylistListTag) < 0) return FailedRead(stream);
+std::int32_t PlaylistListChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kPlaylistListTag) < 0) return FailedRead(reader);
   std::uint32_t playlistCount = 0;
-  if (!ReadListHeader(stream, headerLength, playlistCount)) return FailedRead(stream);
+  if (!ReadListHeader(reader, headerLength, playlistCount)) return FailedRead(reader);
   ClearPlaylists();
   return static_cast<std::int32_t>(headerLength +
-                                   ReadChildren(stream, Memory(), playlistCount, playlists));
+                                   ReadChildren(reader, Memory(), playlistCount, playlists));
 }
 
-std::int32_t PlaylistListChunk::Write(Stream& stream) {
-  WriteListHeader(stream, kPlaylistListTag, playlists.size());
+std::int32_t PlaylistListChunk::Write(Writer& writer) {
+  WriteListHeader(writer, kPlaylistListTag, playlists.size());
   std::uint32_t sum = kListHeaderLength;
-  const std::int32_t result = WriteChildren(stream, playlists, sum);
+  const std::int32_t result = WriteChildren(writer, playlists, sum);
   return result < 0 ? result : static_cast<std::int32_t>(sum);
 }
 

@@ -2,6 +2,8 @@
 // items; they are read so that they can be written.
 #pragma once
 
+#include <array>
+
 #include "itunesdb/data_object.h"
 
 namespace quaylink {
@@ -10,21 +12,19 @@ namespace quaylink {
 std::uint64_t NewPersistentId();
 
 struct PlaylistItemHeader {
-  std::uint32_t dataObjectCount = 0;  // as read; the number held is what is written
-  std::uint16_t field0x10 = 0;
-  std::uint8_t field0x12 = 0;
-  std::uint8_t field0x13 = 0;
-  std::uint32_t field0x14 = 0;
-  std::uint32_t field0x18 = 0;
-  std::uint32_t field0x1C = 0;
-  std::uint32_t field0x20 = 0;
+  Field32 dataObjectCount;  // as read; the number held is what is written
+  Field16 groupFlag;        // not 0: a group of tracks with its title, not a track
+  Field8 field0x12 = 0;
+  Field8 field0x13 = 0;
+  Field32 field0x14;
+  Field32 trackId;
+  Field32 field0x1C;
+  Field32 field0x20;
 
-  static constexpr std::uint32_t kKnownLength = 0x24;
-  template <class V>
-  static void Visit(V& v) {
+  static constexpr auto Fields() {
     using H = PlaylistItemHeader;
-    v.Fields(&H::dataObjectCount, &H::field0x10, &H::field0x12, &H::field0x13, &H::field0x14,
-             &H::field0x18, &H::field0x1C, &H::field0x20);
+    return std::tuple(&H::dataObjectCount, &H::groupFlag, &H::field0x12, &H::field0x13,
+                      &H::field0x14, &H::trackId, &H::field0x1C, &H::field0x20);
   }
 };
 
@@ -35,34 +35,31 @@ class PlaylistItemChunk final : public Chunk, public PlaylistItemHeader {
   ChunkList<DataObjectChunk> dataObjects;
 
   // Returns the header length and the results of all data objects read.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 };
 
 struct PlaylistHeader {
-  std::uint32_t dataObjectCount = 0;
-  std::uint32_t itemCount = 0;
-  std::uint8_t masterFlag = 0;
-  std::uint8_t field0x15 = 0;
-  std::uint8_t field0x16 = 0;
-  std::uint8_t field0x17 = 0;
-  std::uint32_t field0x18 = 0;
-  std::uint64_t playlistId = 0;
-  std::uint32_t field0x24 = 0;
-  std::uint16_t field0x28 = 0;
-  std::uint16_t field0x2A = 0;
-  std::uint32_t field0x2C = 0;
-  std::uint32_t field0x50 = 0;
+  Field32 dataObjectCount;
+  Field32 itemCount;
+  Field8 masterFlag = 0;
+  Field8 field0x15 = 0;
+  Field8 field0x16 = 0;
+  Field8 field0x17 = 0;
+  Field32 field0x18;
+  Field64 playlistId;
+  Field32 field0x24;
+  Field16 field0x28;
+  Field16 podcastFlag;  // 1: the list of podcasts
+  Field32 field0x2C;
+  std::array<Field8, 32> field0x30{};  // not kept: written as zeros
+  Field32 field0x50;
 
-  static constexpr std::uint32_t kKnownLength = 0x54;
-  template <class V>
-  static void Visit(V& v) {
+  static constexpr auto Fields() {
     using H = PlaylistHeader;
-    v.Fields(&H::dataObjectCount, &H::itemCount, &H::masterFlag, &H::field0x15, &H::field0x16,
-             &H::field0x17, &H::field0x18, &H::playlistId, &H::field0x24, &H::field0x28,
-             &H::field0x2A, &H::field0x2C);
-    v.Skip(32);
-    v.Fields(&H::field0x50);
+    return std::tuple(&H::dataObjectCount, &H::itemCount, &H::masterFlag, &H::field0x15,
+                      &H::field0x16, &H::field0x17, &H::field0x18, &H::playlistId, &H::field0x24,
+                      &H::field0x28, &H::podcastFlag, &H::field0x2C, &H::field0x30, &H::field0x50);
   }
 };
 
@@ -76,9 +73,9 @@ class PlaylistChunk final : public Chunk, public PlaylistHeader {
   ChunkList<PlaylistItemChunk> items;
 
   // Appends the children read. Returns the header length and the results of all children.
-  std::int32_t Read(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
   // Brings the held counts up to date, and the entry count of every data object.
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Write(Writer& writer) override;
 
   // The first data object of that type, or null.
   DataObjectChunk* FindDataObject(std::uint32_t type) const;
@@ -94,8 +91,8 @@ class PlaylistListChunk final : public Chunk {
   ChunkList<PlaylistChunk> playlists;
 
   // Replaces the playlists. Returns the header length and the results of all playlists read.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 
   // The first playlist; on an empty list the default one, made now.
   PlaylistChunk& EnsureMasterPlaylist();

@@ -1,6 +1,8 @@
 #include "itunesdb/tracks.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
 
 #include "common/checked_at.h"
 
@@ -10,42 +12,36 @@ namespace {
 
 // The oldest players' headers are this long; a shorter one is no track's.
 constexpr std::uint32_t kShortestTrackHeader = 156;
-
-// Room that a new item makes for its data objects.
-constexpr std::uint32_t kUsualDataObjects = 32;
+constexpr std::uint32_t kLengthOfFields = KnownLength<TrackItemHeader>();
 
 }  // namespace
 
-TrackItemChunk::TrackItemChunk(Arena& arena) : Chunk(arena) {
-  dataObjects.Reserve(arena, kUsualDataObjects);
-}
-
-std::int32_t TrackItemChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kTrackItemTag) < 0) return FailedRead(stream);
-  if (!ReadHeader<TrackItemHeader>(stream, kShortestTrackHeader, headerLength, totalLength,
+std::int32_t TrackItemChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kTrackItemTag) < 0) return FailedRead(reader);
+  if (!ReadHeader<TrackItemHeader>(reader, kShortestTrackHeader, headerLength, totalLength,
                                    *this)) {
-    return FailedRead(stream);
+    return FailedRead(reader);
   }
-  dataObjects.ShrinkTo(Memory(), dataObjectCount);
+  field0x3C = 0;
   headerTail = {};
-  if (headerLength > kKnownLength) {
+  if (headerLength > kLengthOfFields) {
     const auto length = static_cast<std::uint32_t>(
-        std::min<std::uint64_t>(headerLength - kKnownLength, stream.Remaining()));
-    headerTail = ReadArray<std::uint8_t>(stream, Memory(), length);
-    headerLength = kKnownLength + length;
+        std::min<std::uint64_t>(headerLength - kLengthOfFields, reader.Remaining()));
+    headerTail = ReadArray<std::uint8_t>(reader, Memory(), length);
+    headerLength = kLengthOfFields + length;
   }
-  ReadChildren(stream, Memory(), dataObjectCount, dataObjects);
+  ReadChildren(reader, Memory(), dataObjectCount, dataObjects);
   return static_cast<std::int32_t>(totalLength);
 }
 
-std::int32_t TrackItemChunk::Write(Stream& stream) {
-  TotalLengthSlot slot(stream);
-  const std::uint32_t written = std::max(headerLength, kKnownLength + headerTail.size());
+std::int32_t TrackItemChunk::Write(Writer& writer) {
+  TotalLengthSlot slot(writer);
+  const std::uint32_t written = std::max(headerLength, kLengthOfFields + headerTail.size());
   TrackItemHeader header = *this;
   header.dataObjectCount = dataObjects.size();
-  WriteHeader<TrackItemHeader>(stream, kTrackItemTag, written, 0, header, headerTail);
+  WriteHeader<TrackItemHeader>(writer, kTrackItemTag, written, 0, header, headerTail);
   std::uint32_t sum = written;
-  const std::int32_t result = WriteChildren(stream, dataObjects, sum);
+  const std::int32_t result = WriteChildren(writer, dataObjects, sum);
   return result < 0 ? result : slot.Fill(sum);
 }
 
@@ -57,36 +53,38 @@ DataObjectChunk& TrackItemChunk::DataObjectAt(std::uint32_t index) const {
   return *CheckedAt(dataObjects, index);
 }
 
-void TrackMap::Add(std::uint32_t id, Owned<TrackItemChunk> item) {
-  if (!entries_.empty() && id <= entries_.back().id) sorted_ = false;
-  entries_.push_back({id, std::move(item)});
-}
-
-void TrackMap::Sort() const {
+void TrackMap::Add(std::vector<Entry> entries) {
+  if (entries_.empty()) {
+    entries_ = std::move(entries);
+  } else {
+    std::ranges::move(entries, std::back_inserter(entries_));
+  }
+  // Players write them in order, and then there is nothing to do.
+  if (std::ranges::is_sorted(entries_, std::less_equal(), &Entry::id)) return;
   std::ranges::stable_sort(entries_, {}, &Entry::id);
-  const auto sameId = [](const Entry& a, const Entry& b) { return a.id == b.id; };
-  entries_.erase(std::unique(entries_.begin(), entries_.end(), sameId), entries_.end());
-  sorted_ = true;
+  const auto repeated = std::ranges::unique(entries_, {}, &Entry::id);
+  entries_.erase(repeated.begin(), repeated.end());
 }
 
-std::int32_t TrackListChunk::Read(Stream& stream) {
-  if (CheckTag(stream, kTrackListTag) < 0) return FailedRead(stream);
+std::int32_t TrackListChunk::Read(Reader& reader) {
+  if (CheckTag(reader, kTrackListTag) < 0) return FailedRead(reader);
   std::uint32_t itemCount = 0;
-  if (!ReadListHeader(stream, headerLength, itemCount)) return FailedRead(stream);
-  std::uint32_t sum = headerLength;
-  sum +=
-      ReadChildren<TrackItemChunk>(stream, Memory(), itemCount, [this](Owned<TrackItemChunk> item) {
+  if (!ReadListHeader(reader, headerLength, itemCount)) return FailedRead(reader);
+  std::vector<TrackMap::Entry> items;
+  const std::uint32_t sum =
+      ReadChildren<TrackItemChunk>(reader, Memory(), itemCount, [&](Owned<TrackItemChunk> item) {
         const std::uint32_t id = item->trackId;
-        tracks.Add(id, std::move(item));
+        items.push_back({id, std::move(item)});
       });
-  return static_cast<std::int32_t>(sum);
+  tracks.Add(std::move(items));
+  return static_cast<std::int32_t>(headerLength + sum);
 }
 
-std::int32_t TrackListChunk::Write(Stream& stream) {
-  WriteListHeader(stream, kTrackListTag, static_cast<std::uint32_t>(tracks.size()));
+std::int32_t TrackListChunk::Write(Writer& writer) {
+  WriteListHeader(writer, kTrackListTag, static_cast<std::uint32_t>(tracks.size()));
   std::uint32_t sum = kListHeaderLength;
   for (const TrackMap::Entry& track : tracks) {
-    if (const std::int32_t result = WriteChild(stream, *track.item, sum); result < 0) return result;
+    if (const std::int32_t result = WriteChild(writer, *track.item, sum); result < 0) return result;
   }
   return static_cast<std::int32_t>(sum);
 }

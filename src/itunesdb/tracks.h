@@ -8,148 +8,144 @@
 
 namespace quaylink {
 
-// The attributes of a track. All but the count and the
-// id are only carried, and named by their file offset.
+// The attributes of a track, from offset 0x0C on. Those that are only carried are named by their
+// offset.
 struct TrackItemHeader {
-  std::uint32_t dataObjectCount = 0;
-  std::uint32_t trackId = 0;
-  std::uint32_t field0x14 = 1;
-  std::uint32_t field0x18 = 0;
-  std::uint8_t field0x1C = 0;
-  std::uint8_t field0x1D = 0;
-  std::uint8_t field0x1E = 0;
-  std::uint8_t field0x1F = 0;
-  std::uint32_t field0x20 = 0;
-  std::uint32_t field0x24 = 0;
-  std::uint32_t field0x28 = 0;
-  std::uint32_t field0x2C = 0;
-  std::uint32_t field0x30 = 0;
-  std::uint32_t field0x34 = 0;
-  std::uint32_t field0x38 = 0;
-  std::uint32_t field0x3C = 0;  // the upper half of the word
-  std::uint32_t field0x40 = 0;
-  std::uint32_t field0x44 = 0;
-  std::uint32_t field0x48 = 0;
-  std::uint32_t field0x4C = 0;
-  std::uint32_t field0x50 = 0;
-  std::uint32_t field0x54 = 0;
-  std::uint32_t field0x58 = 0;
-  std::uint32_t field0x5C = 0;
-  std::uint32_t field0x60 = 0;
-  std::uint32_t field0x64 = 0;
-  std::uint32_t field0x68 = 0;
-  std::uint32_t field0x6C = 0;
-  std::uint64_t field0x70 = 0;
-  std::uint8_t field0x78 = 0;
-  std::uint8_t field0x79 = 0;
-  std::uint16_t field0x7A = 0;
-  std::uint16_t field0x7C = 0;
-  std::uint16_t field0x7E = 0;
-  std::uint32_t field0x80 = 0;
-  std::uint32_t field0x84 = 0;
-  std::uint32_t field0x88 = 0;
-  std::uint32_t field0x8C = 0;
-  std::uint16_t field0x90 = 0;
-  std::uint16_t field0x92 = 0;
-  std::uint32_t field0x94 = 0;
-  std::uint32_t field0x98 = 0;
-  std::uint32_t field0x9C = 0;
-  std::uint32_t field0xA0 = 0;
-  std::uint8_t field0xA4 = 0;
-  std::uint8_t field0xA5 = 0;
-  std::uint8_t field0xA6 = 0;
-  std::uint8_t field0xA7 = 0;
-  std::uint64_t field0xA8 = 0;
-  std::uint8_t field0xB0 = 0;
-  std::uint8_t field0xB1 = 0;
-  std::uint8_t field0xB2 = 0;
-  std::uint8_t field0xB3 = 0;
-  std::uint32_t field0xB4 = 0;
-  std::uint32_t field0xB8 = 0;
-  std::uint64_t field0xBC = 0;
-  std::uint32_t field0xC4 = 0;
-  std::uint32_t field0xC8 = 0;
-  std::uint32_t field0xCC = 0;
-  std::uint32_t field0xD0 = 0;
-  std::uint32_t field0xD4 = 0;
-  std::uint32_t field0xD8 = 0;
-  std::uint32_t field0xDC = 0;
-  std::uint32_t field0xE0 = 0;
-  std::uint32_t field0xE4 = 0;
-  std::uint32_t field0xE8 = 0;
-  std::uint32_t field0xEC = 0;
-  std::uint32_t field0xF0 = 0;
-  std::uint32_t field0xF4 = 0;
-  std::uint32_t field0xF8 = 0;
-  std::uint32_t field0xFC = 0;
-  std::uint16_t field0x100 = 0;
-  std::uint16_t field0x102 = 0;
-  std::array<std::uint8_t, 20> field0x104{};
-  std::uint64_t field0x118 = 0;
-  std::uint32_t field0x120 = 0;
-  std::uint64_t field0x124 = 0;
-  std::uint32_t field0x12C = 0;
-  std::uint32_t field0x130 = 0;
-  std::uint64_t field0x134 = 0;
-  std::uint32_t field0x13C = 0;
-  std::uint32_t field0x140 = 0;
-  std::uint32_t field0x144 = 0;
-  std::uint64_t field0x148 = 0;
-  std::uint64_t field0x150 = 0;
-  std::uint64_t field0x158 = 0;
-  std::uint32_t field0x160 = 0;
-  std::uint32_t field0x164 = 0;
-  std::uint32_t field0x168 = 0;
-  std::uint32_t field0x16C = 0;
-  std::uint64_t field0x170 = 0;
-  std::uint64_t field0x178 = 0;
-  std::uint32_t field0x180 = 0;
+  Field32 dataObjectCount;
+  Field32 trackId;
+  Field32 field0x14 = 1;
+  Field32 field0x18;
+  Field8 field0x1C = 0;
+  Field8 field0x1D = 0;
+  Field8 partOfCompilation = 0;  // 0 or 1
+  Field8 rating = 0;             // 0 to 100, 20 a star
+  Field32 modified;              // seconds since 1904-01-01 00:00, as every time; 0 is none
+  Field32 fileSize;              // bytes
+  Field32 lengthMs;
+  Field32 trackNumber;
+  Field32 trackCount;
+  Field32 year;
+  Field32 bitRate;     // kbit/s
+  Field16 field0x3C;   // not kept: written as 0
+  Field16 sampleRate;  // Hz
+  Field32 field0x40;
+  Field32 field0x44;
+  Field32 field0x48;
+  Field32 field0x4C;
+  Field32 playCount;
+  Field32 field0x54;
+  Field32 lastPlayed;
+  Field32 discNumber;
+  Field32 discCount;
+  Field32 field0x64;
+  Field32 added;
+  Field32 bookmarkMs;
+  Field64 persistentId;
+  Field8 unchecked = 0;  // 0: checked
+  Field8 field0x79 = 0;
+  Field16 beatsPerMinute;
+  Field16 field0x7C;
+  Field16 field0x7E;
+  Field32 field0x80;
+  Field32 field0x84;
+  Field32 field0x88;
+  Field32 released;
+  Field16 field0x90;
+  Field16 field0x92;
+  Field32 field0x94;
+  Field32 field0x98;
+  Field32 skipCount;
+  Field32 lastSkipped;
+  Field8 field0xA4 = 0;
+  Field8 field0xA5 = 0;
+  Field8 field0xA6 = 0;
+  Field8 field0xA7 = 0;
+  Field64 field0xA8;
+  Field8 field0xB0 = 0;
+  Field8 field0xB1 = 0;
+  Field8 field0xB2 = 0;
+  Field8 field0xB3 = 0;
+  Field32 field0xB4;
+  Field32 field0xB8;
+  Field64 field0xBC;
+  Field32 field0xC4;
+  Field32 field0xC8;
+  Field32 field0xCC;
+  Field32 mediaType;  // one bit for each type
+  Field32 seasonNumber;
+  Field32 episodeNumber;
+  Field32 field0xDC;
+  Field32 field0xE0;
+  Field32 field0xE4;
+  Field32 field0xE8;
+  Field32 field0xEC;
+  Field32 field0xF0;
+  Field32 field0xF4;
+  Field32 field0xF8;
+  Field32 field0xFC;
+  Field16 field0x100;
+  Field16 field0x102;
+  std::array<Field8, 20> field0x104{};
+  Field64 field0x118;
+  Field32 field0x120;
+  Field64 field0x124;
+  Field32 field0x12C;
+  Field32 field0x130;
+  Field64 field0x134;
+  Field32 field0x13C;
+  Field32 field0x140;
+  Field32 field0x144;
+  Field64 field0x148;
+  Field64 field0x150;
+  Field64 field0x158;
+  Field32 field0x160;
+  Field32 field0x164;
+  Field32 field0x168;
+  Field32 field0x16C;
+  Field64 field0x170;
+  Field64 field0x178;
+  Field32 field0x180;
 
-  static constexpr std::uint32_t kKnownLength = 0x184;
-  template <class V>
-  static void Visit(V& v) {
+  static constexpr auto Fields() {
     using H = TrackItemHeader;
-    v.Fields(&H::dataObjectCount, &H::trackId, &H::field0x14, &H::field0x18, &H::field0x1C,
-             &H::field0x1D, &H::field0x1E, &H::field0x1F, &H::field0x20, &H::field0x24,
-             &H::field0x28, &H::field0x2C, &H::field0x30, &H::field0x34, &H::field0x38);
-    v.UpperHalf(&H::field0x3C);
-    v.Fields(
-        &H::field0x40, &H::field0x44, &H::field0x48, &H::field0x4C, &H::field0x50, &H::field0x54,
-        &H::field0x58, &H::field0x5C, &H::field0x60, &H::field0x64, &H::field0x68, &H::field0x6C,
-        &H::field0x70, &H::field0x78, &H::field0x79, &H::field0x7A, &H::field0x7C, &H::field0x7E,
-        &H::field0x80, &H::field0x84, &H::field0x88, &H::field0x8C, &H::field0x90, &H::field0x92,
-        &H::field0x94, &H::field0x98, &H::field0x9C, &H::field0xA0, &H::field0xA4, &H::field0xA5,
-        &H::field0xA6, &H::field0xA7, &H::field0xA8, &H::field0xB0, &H::field0xB1, &H::field0xB2,
-        &H::field0xB3, &H::field0xB4, &H::field0xB8, &H::field0xBC, &H::field0xC4, &H::field0xC8,
-        &H::field0xCC, &H::field0xD0, &H::field0xD4, &H::field0xD8, &H::field0xDC, &H::field0xE0,
-        &H::field0xE4, &H::field0xE8, &H::field0xEC, &H::field0xF0, &H::field0xF4, &H::field0xF8,
-        &H::field0xFC, &H::field0x100, &H::field0x102, &H::field0x104, &H::field0x118,
-        &H::field0x120, &H::field0x124, &H::field0x12C, &H::field0x130, &H::field0x134,
-        &H::field0x13C, &H::field0x140, &H::field0x144, &H::field0x148, &H::field0x150,
-        &H::field0x158, &H::field0x160, &H::field0x164, &H::field0x168, &H::field0x16C,
-        &H::field0x170, &H::field0x178, &H::field0x180);
+    return std::tuple(
+        &H::dataObjectCount, &H::trackId, &H::field0x14, &H::field0x18, &H::field0x1C,
+        &H::field0x1D, &H::partOfCompilation, &H::rating, &H::modified, &H::fileSize, &H::lengthMs,
+        &H::trackNumber, &H::trackCount, &H::year, &H::bitRate, &H::field0x3C, &H::sampleRate,
+        &H::field0x40, &H::field0x44, &H::field0x48, &H::field0x4C, &H::playCount, &H::field0x54,
+        &H::lastPlayed, &H::discNumber, &H::discCount, &H::field0x64, &H::added, &H::bookmarkMs,
+        &H::persistentId, &H::unchecked, &H::field0x79, &H::beatsPerMinute, &H::field0x7C,
+        &H::field0x7E, &H::field0x80, &H::field0x84, &H::field0x88, &H::released, &H::field0x90,
+        &H::field0x92, &H::field0x94, &H::field0x98, &H::skipCount, &H::lastSkipped, &H::field0xA4,
+        &H::field0xA5, &H::field0xA6, &H::field0xA7, &H::field0xA8, &H::field0xB0, &H::field0xB1,
+        &H::field0xB2, &H::field0xB3, &H::field0xB4, &H::field0xB8, &H::field0xBC, &H::field0xC4,
+        &H::field0xC8, &H::field0xCC, &H::mediaType, &H::seasonNumber, &H::episodeNumber,
+        &H::field0xDC, &H::field0xE0, &H::field0xE4, &H::field0xE8, &H::field0xEC, &H::field0xF0,
+        &H::field0xF4, &H::field0xF8, &H::field0xFC, &H::field0x100, &H::field0x102, &H::field0x104,
+        &H::field0x118, &H::field0x120, &H::field0x124, &H::field0x12C, &H::field0x130,
+        &H::field0x134, &H::field0x13C, &H::field0x140, &H::field0x144, &H::field0x148,
+        &H::field0x150, &H::field0x158, &H::field0x160, &H::field0x164, &H::field0x168,
+        &H::field0x16C, &H::field0x170, &H::field0x178, &H::field0x180);
   }
 };
 
 class TrackItemChunk final : public Chunk, public TrackItemHeader {
  public:
-  explicit TrackItemChunk(Arena& arena);
+  explicit TrackItemChunk(Arena& arena) : Chunk(arena) {}
 
   ArenaArray<std::uint8_t> headerTail;  // of the header, beyond the known fields, kept verbatim
   ChunkList<DataObjectChunk> dataObjects;
 
   // Returns the total length that the item states.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 
   std::int32_t DataObjectCount() const;
   // The data object at position `index`, in file order. Throws std::out_of_range beyond the last.
   DataObjectChunk& DataObjectAt(std::uint32_t index) const;
 };
 
-// Track items by track id, ascending; of several items with one id the
-// first one added stays. Items may be added in any order: those that come
-// out of order are put in their place when the map is next looked at.
+// Track items by track id, ascending; of several items with one id the first one added stays.
 class TrackMap {
  public:
   struct Entry {
@@ -157,21 +153,15 @@ class TrackMap {
     Owned<TrackItemChunk> item;
   };
 
-  void Add(std::uint32_t id, Owned<TrackItemChunk> item);
+  // Adds items in the order in which they are given.
+  void Add(std::vector<Entry> entries);
 
-  std::size_t size() const { return Entries().size(); }
-  std::vector<Entry>::const_iterator begin() const { return Entries().begin(); }
-  std::vector<Entry>::const_iterator end() const { return Entries().end(); }
+  std::size_t size() const { return entries_.size(); }
+  std::vector<Entry>::const_iterator begin() const { return entries_.begin(); }
+  std::vector<Entry>::const_iterator end() const { return entries_.end(); }
 
  private:
-  const std::vector<Entry>& Entries() const {
-    if (!sorted_) Sort();
-    return entries_;
-  }
-  void Sort() const;
-
-  mutable std::vector<Entry> entries_;
-  mutable bool sorted_ = true;
+  std::vector<Entry> entries_;
 };
 
 class TrackListChunk final : public Chunk {
@@ -181,8 +171,8 @@ class TrackListChunk final : public Chunk {
   TrackMap tracks;
 
   // Returns the header length and the results of all items read.
-  std::int32_t Read(Stream& stream) override;
-  std::int32_t Write(Stream& stream) override;
+  std::int32_t Read(Reader& reader) override;
+  std::int32_t Write(Writer& writer) override;
 };
 
 }  // namespace quaylink

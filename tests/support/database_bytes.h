@@ -100,21 +100,21 @@ struct Reading {
   std::uint64_t consumed;
 };
 inline Reading ReadBytes(Chunk& chunk, std::string_view bytes) {
-  Stream stream(AsBytes(bytes));
-  const std::int32_t result = chunk.Read(stream);
-  return {result, stream.Tell()};
+  Reader reader(AsBytes(bytes));
+  const std::int32_t result = chunk.Read(reader);
+  return {result, reader.Position()};
 }
 
-inline std::string BytesOf(Stream& stream) {
-  const auto written = stream.Written();
+inline std::string BytesOf(const Writer& writer) {
+  const auto written = writer.Written();
   return {written.begin(), written.end()};
 }
 
 // What the chunk writes.
 inline std::string WrittenBytes(Chunk& chunk) {
-  Stream stream;
-  chunk.Write(stream);
-  return BytesOf(stream);
+  Writer writer;
+  chunk.Write(writer);
+  return BytesOf(writer);
 }
 
 }  // namespace quaylink::test
