@@ -15,7 +15,7 @@ namespace quaylink::cli {
 
 const std::string_view kWholeManual = "the package's folder doc";
 const std::string_view kPhoneAdvice =
-    "Unlock it and let it trust this computer; its maker's device software must be installed.";
+    "Unlock it and let it trust this computer; its vendor's device software must be installed.";
 
 namespace {
 
@@ -63,6 +63,11 @@ std::string ToUtf8(std::wstring_view wide) {
   return MakeValid(text);
 }
 
+std::filesystem::path LockOf(const std::filesystem::path& heldFile) {
+  std::filesystem::path lock = heldFile;
+  return lock += ".lock";
+}
+
 std::error_code TryToGrow(HANDLE file, std::size_t moreBytes) {
   LARGE_INTEGER size = {};
   if (SetFilePointerEx(file, {}, &size, FILE_END) == 0) return LastError();
@@ -103,7 +108,7 @@ bool IsTerminal(Stream stream) {
 bool ShowsColours(Stream stream) {
   constexpr DWORD kEscapeSequences = 0x0004;
   DWORD mode = 0;
-  return std::getenv("NO_COLOR") == nullptr && GetConsoleMode(HandleOf(stream), &mode) != 0 &&
+  return !std::getenv("NO_COLOR") && GetConsoleMode(HandleOf(stream), &mode) != 0 &&
          SetConsoleMode(HandleOf(stream), mode | kEscapeSequences) != 0;
 }
 
@@ -156,7 +161,7 @@ std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path
   return ToLibrary(ToUtf8(path.native()));
 }
 
-void MakeOrdinary(const std::filesystem::path& path) {
+void MakeOrdinary(const std::filesystem::path& path, std::filesystem::perms) {
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
@@ -172,13 +177,44 @@ std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t
   return problem;
 }
 
-std::filesystem::path CreateTemporaryFile() {
-  wchar_t name[MAX_PATH] = {};
-  const std::filesystem::path folder = std::filesystem::temp_directory_path();
-  if (GetTempFileNameW(folder.c_str(), L"qua", 0, name) == 0) {
-    throw std::filesystem::filesystem_error("temporary file", folder, LastError());
+HeldFile CreateHeldFile(const std::filesystem::path& folder, std::string_view prefix,
+                        std::string_view suffix) {
+  // The number is this run's alone. The file itself cannot be locked, because the library must be
+  // able to write to it.
+  std::filesystem::path path = folder / prefix;
+  path += std::to_string(GetCurrentProcessId());
+  path += suffix;
+  const HANDLE lock = CreateFileW(LockOf(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr,
+                                  CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (lock == INVALID_HANDLE_VALUE) {
+    throw std::filesystem::filesystem_error("lock of a held file", path, LastError());
   }
-  return name;
+  DeleteFileW(path.c_str());
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    const std::error_code error = LastError();
+    CloseHandle(lock);
+    throw std::filesystem::filesystem_error("held file", path, error);
+  }
+  CloseHandle(file);
+  return {path, reinterpret_cast<std::intptr_t>(lock)};
+}
+
+void RemoveHeldFile(const HeldFile& file) {
+  DeleteFileW(file.path.c_str());
+  CloseHandle(reinterpret_cast<HANDLE>(file.lock));
+}
+
+void RemoveUnlessHeld(const std::filesystem::path& path) {
+  // A lock that can be deleted outlived its run, which happens when the computer is switched off.
+  const bool forsaken =
+      DeleteFileW(LockOf(path).c_str()) != 0 || GetLastError() == ERROR_FILE_NOT_FOUND;
+  if (forsaken) DeleteFileW(path.c_str());
+}
+
+std::string ProblemWithEnvironment() {
+  return {};
 }
 
 void HandleInterrupts() {
