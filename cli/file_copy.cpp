@@ -38,9 +38,9 @@ class UnfinishedFile {
 };
 
 CopyResult LocalProblem(const std::string& name, const std::error_code& error) {
-  const std::string text = name + ": cannot be written: " + ReasonOf(error);
+  const std::string string = name + ": cannot be written: " + ReasonOf(error);
   const bool full = error == std::errc::no_space_on_device;
-  return {full ? text + "; free some space and run again" : text, full};
+  return {full ? string + "; free some space and run again" : string, full};
 }
 
 std::error_code CreateEmpty(const fs::path& file) {
@@ -51,10 +51,10 @@ std::error_code CreateEmpty(const fs::path& file) {
                     : std::make_error_code(std::errc::io_error);
 }
 
-// What the user may want to know when the reason of a
-// failure cannot be told: that little space is left.
+// What the user may want to know when the reason of a failure cannot be told: that little space is
+// left.
 std::string SpaceHint(const fs::path& file) {
-  constexpr std::uintmax_t kLittle = 64U << 20U;
+  constexpr std::uintmax_t kLittle = 64u << 20u;
   std::error_code error;
   const fs::space_info space =
       fs::space(file.parent_path().empty() ? "." : file.parent_path(), error);
@@ -148,9 +148,9 @@ std::string ShownSize(std::uintmax_t bytes) {
     size /= 1000;
     ++unit;
   }
-  std::array<char, 32> text = {};
-  std::snprintf(text.data(), text.size(), "%.1f %s", size, kUnits[unit]);
-  return text.data();
+  std::array<char, 32> string = {};
+  std::snprintf(string.data(), string.size(), "%.1f %s", size, kUnits[unit]);
+  return string.data();
 }
 
 }  // namespace quaylink::cli

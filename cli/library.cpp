@@ -38,7 +38,7 @@ std::string ProblemWith(const fs::path& file, bool hasTracks) {
   // The header's third word is the size of the whole file, low byte first.
   std::uintmax_t stated = 0;
   for (std::size_t i = 12; i-- > 8;) {
-    stated = (stated << 8U) | static_cast<unsigned char>(header[i]);
+    stated = (stated << 8u) | static_cast<unsigned char>(header[i]);
   }
   const std::uintmax_t size = fs::file_size(file, error);
   const bool whole = hasTracks ? size >= stated : size == stated;
@@ -94,8 +94,8 @@ Library::~Library() {
 
 DeviceKind Library::FindDevice() {
   if (IsIPodConnected() == 0) return kind_ = DeviceKind::kNone;
-  // While no connection is open, only a player in disk
-  // mode lets itself be listed: it has nothing to list.
+  // While no connection is open, only a player in disk mode lets itself be listed: it has nothing
+  // to list.
   Listing listing;
   const bool listed = EnumGenericFileFromIPod(0, AddFile, &listing) != 0;
   return kind_ = listed ? DeviceKind::kDisk : DeviceKind::kPhone;

@@ -23,20 +23,20 @@ enum class Stream { kOutput, kError };
 // The program's arguments in UTF-8, without its name.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-// Makes the output streams take texts as they are.
+// Makes the output streams take strings as they are.
 void PrepareOutput();
 bool IsTerminal(Stream stream);
 // True on a terminal that shows colours to a user who has not forbidden them (NO_COLOR).
 bool ShowsColours(Stream stream);
 // Columns of the terminal, 80 when it does not tell.
 std::size_t TerminalWidth(Stream stream);
-// Writes a UTF-8 text; false when it could not be written whole.
-bool Write(Stream stream, std::string_view text);
+// Writes a UTF-8 string; false when it could not be written whole.
+bool Write(Stream stream, std::string_view string);
 
-// A text or local path that the library or the system hands out, in UTF-8, and valid.
-std::string FromLibrary(std::string_view text);
-// A text as the library takes it; nothing when the system's code page lacks a character of it.
-std::optional<std::string> ToLibrary(std::string_view text);
+// A string or local path that the library or the system hands out, in UTF-8, and valid.
+std::string FromLibrary(std::string_view string);
+// A string as the library takes it; nothing when the system's code page lacks a character of it.
+std::optional<std::string> ToLibrary(std::string_view string);
 // The same for a path on this computer.
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path);
 

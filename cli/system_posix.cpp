@@ -88,17 +88,18 @@ std::size_t TerminalWidth(Stream stream) {
   return known ? size.ws_col : 80;
 }
 
-bool Write(Stream stream, std::string_view text) {
+bool Write(Stream stream, std::string_view string) {
   std::FILE* file = stream == Stream::kOutput ? stdout : stderr;
-  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  return std::fwrite(string.data(), 1, string.size(), file) == string.size() &&
+         std::fflush(file) == 0;
 }
 
-std::string FromLibrary(std::string_view text) {
-  return MakeValid(text);
+std::string FromLibrary(std::string_view string) {
+  return MakeValid(string);
 }
 
-std::optional<std::string> ToLibrary(std::string_view text) {
-  return std::string(text);
+std::optional<std::string> ToLibrary(std::string_view string) {
+  return std::string(string);
 }
 
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path) {

@@ -46,11 +46,11 @@ std::error_code LastError() {
   return {static_cast<int>(GetLastError()), std::system_category()};
 }
 
-std::wstring ToWide(std::string_view text, UINT codePage) {
-  const int size = static_cast<int>(text.size());
-  const int wideSize = MultiByteToWideChar(codePage, 0, text.data(), size, nullptr, 0);
+std::wstring ToWide(std::string_view string, UINT codePage) {
+  const int size = static_cast<int>(string.size());
+  const int wideSize = MultiByteToWideChar(codePage, 0, string.data(), size, nullptr, 0);
   std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
-  MultiByteToWideChar(codePage, 0, text.data(), size, wide.data(), wideSize);
+  MultiByteToWideChar(codePage, 0, string.data(), size, wide.data(), wideSize);
   return wide;
 }
 
@@ -58,9 +58,9 @@ std::string ToUtf8(std::wstring_view wide) {
   const int wideSize = static_cast<int>(wide.size());
   const int size =
       WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, nullptr, 0, nullptr, nullptr);
-  std::string text(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, text.data(), size, nullptr, nullptr);
-  return MakeValid(text);
+  std::string string(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, string.data(), size, nullptr, nullptr);
+  return MakeValid(string);
 }
 
 std::filesystem::path LockOf(const std::filesystem::path& heldFile) {
@@ -120,11 +120,11 @@ std::size_t TerminalWidth(Stream stream) {
   return width > 0 ? static_cast<std::size_t>(width) : 80;
 }
 
-bool Write(Stream stream, std::string_view text) {
+bool Write(Stream stream, std::string_view string) {
   if (IsTerminal(stream)) {
     // Older consoles refuse long writes.
     constexpr std::size_t kMost = 8000;
-    const std::wstring wide = ToWide(text, CP_UTF8);
+    const std::wstring wide = ToWide(string, CP_UTF8);
     for (std::size_t begin = 0; begin < wide.size(); begin += kMost) {
       const std::wstring piece = wide.substr(begin, kMost);
       DWORD written = 0;
@@ -136,15 +136,16 @@ bool Write(Stream stream, std::string_view text) {
     return true;
   }
   std::FILE* file = stream == Stream::kOutput ? stdout : stderr;
-  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  return std::fwrite(string.data(), 1, string.size(), file) == string.size() &&
+         std::fflush(file) == 0;
 }
 
-std::string FromLibrary(std::string_view text) {
-  return ToUtf8(ToWide(text, CP_ACP));
+std::string FromLibrary(std::string_view string) {
+  return ToUtf8(ToWide(string, CP_ACP));
 }
 
-std::optional<std::string> ToLibrary(std::string_view text) {
-  const std::wstring wide = ToWide(text, CP_UTF8);
+std::optional<std::string> ToLibrary(std::string_view string) {
+  const std::wstring wide = ToWide(string, CP_UTF8);
   // A system whose code page is UTF-8 lacks no character, and refuses to be asked.
   const bool mayLack = GetACP() != CP_UTF8;
   std::string narrow(wide.size() * 4, '\0');

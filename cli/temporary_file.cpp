@@ -19,7 +19,7 @@ void RemoveForsakenFiles(const fs::path& folder) {
   std::error_code error;
   for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
        entry.increment(error)) {
-    const std::string name = TextOf(entry->path().filename());
+    const std::string name = Utf8Of(entry->path().filename());
     if (name.starts_with(kPrefix) && name.ends_with(kPartSuffix)) RemoveUnlessHeld(entry->path());
   }
 }
