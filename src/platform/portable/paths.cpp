@@ -50,7 +50,8 @@ std::vector<std::string_view> SplitNames(std::string_view path) {
 
 bool IsValidName(std::string_view name) {
   return std::ranges::none_of(name, [](char c) {
-    return (c >= 0 && c < 0x20) || std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
+    return static_cast<unsigned char>(c) < 0x20 ||
+           std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
   });
 }
 
