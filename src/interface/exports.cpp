@@ -1,5 +1,5 @@
-// The ten exported functions: they look the current manager
-// up, keep exceptions in, and leave the rest to it.
+// The ten exported functions: they look the current manager up, keep exceptions in, and leave the
+// rest to it.
 
 #include <algorithm>
 #include <cstring>
@@ -31,8 +31,8 @@ class WithoutErrorBoxes {
   UINT earlier_;
 };
 
-// The result of an operation on the current manager,
-// or `failure` when there is none or memory runs out.
+// The result of an operation on the current manager, or `failure` when there is none or memory runs
+// out.
 template <class Result, class Operation>
 Result WithManager(Result failure, Operation operation) {
   if (!currentManager) return failure;

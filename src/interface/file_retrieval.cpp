@@ -18,8 +18,8 @@ constexpr std::array<std::string_view, 2> kDatabaseDevicePaths = {
     "/iPod_Control/iTunes/iTunesDB",
 };
 
-// The path as spelled above that some listed file
-// equals without regard to case; empty when none does.
+// The path as spelled above that some listed file equals without regard to case; empty when none
+// does.
 std::string_view FindDatabase(const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     for (const std::string_view path : kDatabaseDevicePaths) {

@@ -13,6 +13,7 @@
 #include <system_error>
 #include <vector>
 
+#include "common/hardware_id.h"
 #include "support/test_machine.h"
 
 namespace quaylink {
@@ -130,8 +131,7 @@ TestMachine::~TestMachine() {
 }
 
 void TestMachine::AttachDevice(unsigned productId, std::string_view serial) {
-  char product[32];
-  std::snprintf(product, sizeof product, "VID_05AC&PID_%04X", productId);
+  const std::string product = AppleHardwareId(productId);
   const std::string instance(serial);
   const std::string name =
       std::string("USB#") + product + "#" + instance + "#{a5dcbf10-6530-11d2-901f-00c04fb951ed}";

@@ -1,11 +1,11 @@
 #include "platform/portable/machine.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <utility>
 
 #include "common/ascii.h"
+#include "common/hardware_id.h"
 
 namespace quaylink::portable {
 namespace {
@@ -62,9 +62,7 @@ void Machine::AttachUsbDevice(std::string_view hardwareId, std::string_view seri
 }
 
 void Machine::AttachUsbDevice(unsigned productId, std::string_view serial) {
-  char hardwareId[32];
-  std::snprintf(hardwareId, sizeof hardwareId, "VID_05AC&PID_%04X", productId);
-  AttachUsbDevice(std::string_view(hardwareId), serial);
+  AttachUsbDevice(AppleHardwareId(productId), serial);
 }
 
 void Machine::DetachUsbDevices() {

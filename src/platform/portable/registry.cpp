@@ -53,6 +53,10 @@ LONG RegOpenKeyExA(HKEY key, const char* subkey, DWORD options, DWORD access, HK
   if (parentResult != ERROR_SUCCESS) return parentResult;
 
   const std::string_view name = subkey;
+  if (key == HKEY_LOCAL_MACHINE && name.empty()) {
+    *result = key;  // a predefined key is not opened once more
+    return ERROR_SUCCESS;
+  }
   RegistryKey* opened = nullptr;
   const LONG found = FindSubkey(*parent, name, opened);
   if (found != ERROR_SUCCESS) return found;
