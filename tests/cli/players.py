@@ -1,6 +1,7 @@
 """Sample players and phones for the tests of the command-line program, and the running of it."""
 
 import ctypes
+import fcntl
 import os
 import pathlib
 import re
@@ -9,6 +10,7 @@ import signal
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.environ["QUAYLINK_PROGRAM"]
@@ -178,21 +180,19 @@ class HostTest(unittest.TestCase):
 
 
 class BlockedTrack:
-    """Stands in for a track's file, and holds whoever copies it until it is told to go on."""
+    """Holds whoever opens a track's file until it is let go, by a lease of the file."""
 
     def __init__(self, file):
-        file.unlink()
-        os.mkfifo(file)
         self.file = file
+        self.descriptor = os.open(file, os.O_RDWR)
+        signal.signal(signal.SIGIO, signal.SIG_IGN)
+        fcntl.fcntl(self.descriptor, fcntl.F_SETLEASE, fcntl.F_WRLCK)
 
     def wait_for_reader(self):
-        self.descriptor = os.open(self.file, os.O_WRONLY)
+        while fcntl.fcntl(self.descriptor, fcntl.F_GETLEASE) == fcntl.F_WRLCK:
+            time.sleep(0.01)
 
-    def send(self, contents):
-        with os.fdopen(self.descriptor, "wb") as pipe:
-            pipe.write(contents)
-
-    def close(self):
+    def let_go(self):
         os.close(self.descriptor)
 
 
