@@ -1,14 +1,15 @@
-// The computer that the program runs on, as a machine: what is plugged in and mounted here.
+// Where a machine comes from: the computer that the program runs on, with what is plugged in and
+// mounted here, or a folder, for trying the library without a player and without Windows.
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <set>
 #include <sstream>
 #include <system_error>
+#include <vector>
 
-#include "common/ascii.h"
-#include "platform/portable/folder_listing.h"
+#include "common/hardware_id.h"
 #include "platform/portable/machine.h"
+#include "platform/portable/places.h"
 
 namespace quaylink::portable {
 namespace {
@@ -20,67 +21,73 @@ constexpr char kFirstLetter = 'D';
 constexpr char kLastLetter = 'Z';
 
 std::string FirstLine(const fs::path& file) {
-  std::ifstream stream(file);
   std::string line;
+  std::ifstream stream(file);
   std::getline(stream, line);
   return line;
 }
 
-void ReadDevices(const fs::path& sysfs, Machine& machine) {
+unsigned NumberIn(std::string_view string, int base) {
+  unsigned number = 0;
+  std::from_chars(string.data(), string.data() + string.size(), number, base);
+  return number;
+}
+
+void ReadUsbDevices(const fs::path& sysfs, Machine& machine) {
   machine.DetachUsbDevices();
   const fs::path devices = sysfs / "bus/usb/devices";
   for (const std::string& name : SortedNames(devices)) {
-    if (FirstLine(devices / name / "idVendor") != kAppleVendorId) continue;
-    std::string hardwareId = "VID_05AC&PID_" + FirstLine(devices / name / "idProduct");
-    std::ranges::transform(hardwareId, hardwareId.begin(), AsciiUpper);
+    const bool isInterface = name.find(':') != name.npos;
+    if (isInterface || FirstLine(devices / name / "idVendor") != kAppleVendorId) continue;
+    const unsigned productId = NumberIn(FirstLine(devices / name / "idProduct"), 16);
     // As on Windows, a device without a serial number goes by the port that it is plugged into.
     std::string serial = FirstLine(devices / name / "serial");
     std::ranges::replace(serial, '\\', '_');
-    machine.AttachUsbDevice(hardwareId, serial.empty() ? name : serial);
+    machine.AttachUsbDevice(AppleHardwareId(productId), serial.empty() ? name : serial);
   }
 }
 
 // Mount tables write blanks, line ends and backslashes as a backslash and three octal digits.
-std::string Unescape(std::string_view text) {
+std::string Unescape(std::string_view escaped) {
   std::string plain;
-  while (!text.empty()) {
-    int code = 0;
-    const bool escaped =
-        text.size() >= 4 && text[0] == '\\' &&
-        std::from_chars(text.data() + 1, text.data() + 4, code, 8).ec == std::errc();
-    plain.push_back(escaped ? static_cast<char>(code) : text[0]);
-    text.remove_prefix(escaped ? 4 : 1);
+  while (!escaped.empty()) {
+    const bool isEscape = escaped[0] == '\\' && escaped.size() >= 4;
+    plain.push_back(isEscape ? static_cast<char>(NumberIn(escaped.substr(1, 3), 8)) : escaped[0]);
+    escaped.remove_prefix(isEscape ? 4 : 1);
   }
   return plain;
 }
 
-// Whether the block device of that number ("8:17") is
-// a disk whose medium is removable, or a part of one.
+// Whether that block device ("8:17") is a disk whose medium is removable, or a part of one.
 bool IsRemovable(const fs::path& sysfs, const std::string& number) {
-  std::error_code failed;
-  const fs::path device = fs::canonical(sysfs / "dev/block" / number, failed);
-  if (failed) return false;
-  const bool isPartition = fs::exists(device / "partition", failed);
-  return FirstLine((isPartition ? device.parent_path() : device) / "removable") == "1";
+  const fs::path device = sysfs / "dev/block" / number;
+  std::string removable = FirstLine(device / "removable");
+  // What is a link there leads to a folder in that of its disk.
+  if (removable.empty()) removable = FirstLine(device / "../removable");
+  return removable == "1";
 }
 
-// The folders at which removable volumes are mounted, in mount order.
+// The folders at which removable volumes are mounted, in mount order. One volume may be mounted at
+// several, not all of which need to show what is on it.
 std::vector<fs::path> RemovableVolumes(const fs::path& sysfs, const fs::path& mountTable) {
   std::vector<fs::path> folders;
-  std::set<std::string> seen;
+  std::map<std::string, bool> removable;  // by device number
   std::ifstream table(mountTable);
   for (std::string line; std::getline(table, line);) {
     std::istringstream fields(line);
     std::string mountId, parentId, device, rootInVolume, folder;
     fields >> mountId >> parentId >> device >> rootInVolume >> folder;
-    if (!fields || rootInVolume != "/" || !IsRemovable(sysfs, device)) continue;
-    if (seen.insert(device).second) folders.emplace_back(Unescape(folder));
+    // Number 0 is no block device's.
+    if (!fields || rootInVolume != "/" || device.starts_with("0:")) continue;
+    const auto [known, isNew] = removable.try_emplace(device);
+    if (isNew) known->second = IsRemovable(sysfs, device);
+    if (known->second) folders.emplace_back(Unescape(folder));
   }
   return folders;
 }
 
-// A volume keeps its letter for as long as it is mounted, whatever comes and goes beside it.
-void ReadDrives(const std::vector<fs::path>& volumes, Machine& machine) {
+// A folder keeps its letter while a volume is mounted there, whatever comes and goes beside it.
+void ReadVolumes(const std::vector<fs::path>& volumes, Machine& machine) {
   std::erase_if(machine.drives, [&volumes](const auto& drive) {
     return std::ranges::find(volumes, drive.second.root) == volumes.end();
   });
@@ -94,15 +101,50 @@ void ReadDrives(const std::vector<fs::path>& volumes, Machine& machine) {
   }
 }
 
+void ReadDriveFolders(const fs::path& folder, Machine& machine) {
+  machine.drives.clear();
+  for (const std::string& name : SortedNames(folder)) {
+    const char letter = name.size() == 1 ? AsciiUpper(name[0]) : '\0';
+    std::error_code ignored;
+    if (letter < 'A' || letter > 'Z' || !fs::is_directory(folder / name, ignored)) continue;
+    machine.drives[letter] = {letter == 'C' ? DRIVE_FIXED : DRIVE_REMOVABLE, folder / name};
+  }
+}
+
+void ReadDeviceFolders(const fs::path& folder, Machine& machine) {
+  machine.DetachUsbDevices();
+  for (const std::string& id : SortedNames(folder)) {
+    for (const std::string& serial : SortedNames(folder / id)) machine.AttachUsbDevice(id, serial);
+  }
+}
+
 }  // namespace
 
 Machine ReadComputer(const fs::path& sysfs, const fs::path& mountTable) {
   Machine machine;
-  machine.update = [sysfs, mountTable](Machine& updated) {
-    ReadDevices(sysfs, updated);
-    ReadDrives(RemovableVolumes(sysfs, mountTable), updated);
+  machine.KeyAt(kUsbTree);
+  machine.readDevices = [sysfs](Machine& updated) { ReadUsbDevices(sysfs, updated); };
+  machine.readDrives = [sysfs, mountTable](Machine& updated) {
+    ReadVolumes(RemovableVolumes(sysfs, mountTable), updated);
   };
-  machine.update(machine);
+  return machine;
+}
+
+Machine ReadMachineFolder(const fs::path& folder) {
+  Machine machine;
+  machine.specialFolders = {
+      {CSIDL_PERSONAL, {"C:\\Users\\owner\\Documents"}},
+      {CSIDL_APPDATA, {"C:\\Users\\owner\\AppData\\Roaming"}},
+      {CSIDL_PROGRAM_FILES_COMMON, {"C:\\Program Files\\Common Files"}},
+      {CSIDL_PROGRAM_FILES_COMMONX86, {"C:\\Program Files (x86)\\Common Files"}},
+  };
+  machine.KeyAt(kUsbTree);
+  // A relative folder must stay the same one when the host changes its working folder.
+  std::error_code failed;
+  const fs::path absolute = fs::absolute(folder, failed);
+  const fs::path root = failed ? folder : absolute;
+  machine.readDrives = [root](Machine& updated) { ReadDriveFolders(root / "drives", updated); };
+  machine.readDevices = [root](Machine& updated) { ReadDeviceFolders(root / "usb", updated); };
   return machine;
 }
 
