@@ -127,7 +127,7 @@ void AddTexts(const TrackItemChunk& item, char driveLetter, TrackRecord& record)
 }  // namespace
 
 bool DeviceManager::Parse(const char* databasePath) {
-  LocalFile file(fopen(databasePath, "rb"));
+  LocalFile file = OpenLocalFile(databasePath, "rb");
   if (!file) return false;
   theDatabase.Clear();
   Stream stream(file.get());

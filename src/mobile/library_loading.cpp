@@ -43,7 +43,7 @@ MobileDeviceBridge::MobileDeviceBridge() : MobileDeviceBridge(WithoutLibraries::
 }
 
 MobileDeviceBridge::~MobileDeviceBridge() {
-  if (!pairingRecordPath.empty()) _unlink(pairingRecordPath.c_str());
+  if (!pairingRecordPath.empty()) RemoveLocalFile(pairingRecordPath.c_str());
   SetUnsubscribeEntry(nullptr);
   if (coreFoundationModule != nullptr && loadedFromWorkFolder == 0) {
     FreeLibrary(coreFoundationModule);
