@@ -6,6 +6,7 @@
 
 #include "mobile/mobile_device_bridge.h"
 #include "mobile/work_folder.h"
+#include "quaylink/quaylink.h"
 #include "support/loaded_library.h"
 #include "support/test_machine.h"
 
@@ -133,6 +134,21 @@ TEST_F(Bridge, TriesTheSecondLibraryAndTheWorkFolderAlsoWhenOnlyTheFirstCannotBe
   const MobileDeviceBridge bridge;
   EXPECT_TRUE(bridge.LibrariesLoaded());
   EXPECT_TRUE(bridge.libraries.loadedFromWorkFolder);
+}
+
+// The library that stays loaded cannot be copied again, and must not be damaged.
+TEST_F(Bridge, UsesTheWorkFolderAgainInTheSameProcess) {
+  Install(kApplicationSupport, "CoreFoundation.dll");
+  Install(kDeviceSupport, "iTunesMobileDevice.dll");
+  machine_.AttachDevice(0x1290);
+  for (int round = 0; round < 2; ++round) {
+    InitializeIPod();
+    EXPECT_EQ(ConnectIPod(), 1);
+    TerminateIPod();
+    EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "CoreFoundation.dll"));
+  }
+  EXPECT_FALSE(CopyFileA((std::string(kDeviceSupport) + "iTunesMobileDevice.dll").c_str(),
+                         (std::string(kWorkFolder) + "CoreFoundation.dll").c_str(), 0));
 }
 
 // The common files of 32-bit programs are everyone's where there is but one folder of them.

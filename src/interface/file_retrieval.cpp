@@ -31,7 +31,7 @@ std::string_view FindDatabase(const std::vector<std::string>& files) {
 
 // Creates the file, or empties it where it exists.
 bool CreateEmptyFile(const char* path) {
-  return LocalFile(fopen(path, "wb")) != nullptr;
+  return OpenLocalFile(path, "wb") != nullptr;
 }
 
 bool CopyLocalFile(const char* source, const char* destination) {

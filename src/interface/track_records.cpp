@@ -98,7 +98,7 @@ void FillRecord(const TrackItemChunk& item, char driveLetter, TrackRecord& recor
 }  // namespace
 
 bool DeviceManager::Parse(const char* databasePath) {
-  LocalFile file(fopen(databasePath, "rb"));
+  LocalFile file = OpenLocalFile(databasePath, "rb");
   if (!file) return false;
   theDatabase.Clear();
   try {

@@ -199,7 +199,7 @@ std::int32_t MobileDeviceBridge::ListFiles(std::vector<std::string> folders,
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::int32_t MobileDeviceBridge::CopyDeviceFile(std::string localPath, std::string devicePath) {
   if (!CanCopy(*this)) return 0;
-  const LocalFile localFile(fopen(localPath.c_str(), "wb+"));
+  const LocalFile localFile = OpenLocalFile(localPath.c_str(), "wb+");
   if (!localFile) return 0;
   const std::optional<long long> size = StatedSize(*this, devicePath.c_str());
   if (!size || *size <= 0) return 0;

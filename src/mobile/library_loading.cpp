@@ -34,7 +34,7 @@ MobileDeviceBridge::MobileDeviceBridge(PhoneLibraries given) : libraries(std::mo
 }
 
 MobileDeviceBridge::~MobileDeviceBridge() {
-  if (!pairingRecordPath.empty()) _unlink(pairingRecordPath.c_str());
+  if (!pairingRecordPath.empty()) RemoveLocalFile(pairingRecordPath.c_str());
   SetUnsubscribeEntry(nullptr);
 }
 

@@ -7,6 +7,7 @@ import json
 import os
 import pty
 import select
+import shutil
 import subprocess
 import unittest
 
@@ -216,6 +217,29 @@ class Export(ProgramTest):
         (self.folder / "unplugged").rename(self.machine.drive)
         self.run_program("export", self.out)
         self.check_export()
+
+    def test_nothing_that_leads_off_the_player_is_copied(self):
+        secret = self.folder / "secret"
+        secret.mkdir(mode=0o700)
+        for name in ("AAAA.m4a", "CCCC.mp3", "DDDD.wav", "EEEE.mp3", "iTunesDB"):
+            (secret / name).write_bytes(database(TRACKS))
+        shutil.rmtree(self.music("F01"))
+        self.music("F01").symlink_to(secret)
+        for name in ("AAAA.m4a", "BBBB.mp3"):
+            self.music("F00/" + name).unlink()
+        self.music("F00/AAAA.m4a").symlink_to(secret / "AAAA.m4a")
+        os.mkfifo(self.music("F00/BBBB.mp3"))
+        output, errors = self.run_program("export", self.out, status=1)
+        self.assertIn("0 copied (0 bytes), 0 already there, 5 failed\n", output)
+        self.assertEqual(errors.count("could not be read from the device"), 5)
+        for name in ("F00\\AAAA.m4a", "F00\\BBBB.mp3", "F01\\CCCC.mp3"):
+            self.failure("pull", "F:\\iPod_Control\\Music\\" + name, self.out)
+        file = self.machine.drive / "iPod_Control" / "iTunes" / "iTunesDB"
+        file.unlink()
+        file.symlink_to(secret / "iTunesDB")
+        self.failure("copy-database", self.out)
+        self.failure("tracks")
+        self.assertEqual(self.exported_files(), [])
 
     def test_bar_is_shown_on_a_terminal_only(self):
         main, terminal = pty.openpty()

@@ -2,13 +2,13 @@
 
 #include <cstdlib>
 
-#include "platform/portable/machine.h"
+#include "platform/portable/places.h"
 #include "support/loaded_library.h"
 
 namespace quaylink::test {
 
 bool IsLibraryLoaded(const std::string& path) {
-  void* library = ::dlopen(portable::HostPath(path).c_str(), RTLD_NOW | RTLD_NOLOAD);
+  void* library = ::dlopen(portable::FindPlace(path).path.c_str(), RTLD_NOW | RTLD_NOLOAD);
   if (library) ::dlclose(library);
   return library != nullptr;
 }
