@@ -9,7 +9,6 @@
 #include <climits>
 #include <iterator>
 #include <memory>
-#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -162,7 +161,7 @@ Place FindPlace(std::string_view localPath, std::size_t roomBehind) {
     }
   }
   std::vector<std::string> left;
-  std::ranges::transform(std::views::reverse(names), std::back_inserter(left), Utf8StringOf);
+  std::transform(names.rbegin(), names.rend(), std::back_inserter(left), Utf8StringOf);
   return FollowNames(drive->root, std::move(left));
 }
 
