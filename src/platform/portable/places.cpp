@@ -51,7 +51,8 @@ std::vector<std::string_view> SplitNames(std::string_view path, std::string_view
 
 bool IsValidName(std::string_view name) {
   return std::ranges::none_of(name, [](char c) {
-    return (c >= 0 && c < 0x20) || std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
+    const bool isControl = static_cast<unsigned char>(c) < 0x20;
+    return isControl || std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
   });
 }
 
