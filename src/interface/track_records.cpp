@@ -16,42 +16,42 @@ namespace quaylink {
 
 namespace {
 
-constexpr std::size_t kLongestText = QUAYLINK_TEXT_SIZE - 1;
+constexpr std::size_t kLongestString = QUAYLINK_TEXT_SIZE - 1;
 
-// A text of a record in the making, in the ANSI code page.
-struct AnsiText {
+// A string of a record in the making, in the ANSI code page.
+struct AnsiString {
   char bytes[QUAYLINK_TEXT_SIZE];
   std::size_t length = 0;
   bool whole = true;  // false when only the first characters fit
 };
 
 // Zero units is an error to WideCharToMultiByte, and so is a result that does not fit: both give 0.
-std::size_t ToAnsi(std::u16string_view text, char* bytes, std::size_t capacity) {
+std::size_t ToAnsi(std::u16string_view string, char* bytes, std::size_t capacity) {
   return static_cast<std::size_t>(WideCharToMultiByte(
-      CP_ACP, 0, reinterpret_cast<const WCHAR*>(text.data()), static_cast<int>(text.size()), bytes,
-      static_cast<int>(capacity), nullptr, nullptr));
+      CP_ACP, 0, reinterpret_cast<const WCHAR*>(string.data()), static_cast<int>(string.size()),
+      bytes, static_cast<int>(capacity), nullptr, nullptr));
 }
 
-// The whole characters at the beginning of the text that fit. True when all of them do.
-bool ConvertWhatFits(std::u16string_view text, AnsiText& result) {
-  while (!text.empty()) {
-    const bool pair = text.size() > 1 && IsHighSurrogate(text[0]) && IsLowSurrogate(text[1]);
-    const std::u16string_view character = text.substr(0, pair ? 2 : 1);
+// The whole characters at the beginning of the string that fit. True when all of them do.
+bool ConvertWhatFits(std::u16string_view string, AnsiString& result) {
+  while (!string.empty()) {
+    const bool pair = string.size() > 1 && IsHighSurrogate(string[0]) && IsLowSurrogate(string[1]);
+    const std::u16string_view character = string.substr(0, pair ? 2 : 1);
     char bytes[16];
     const std::size_t length = ToAnsi(character, bytes, sizeof(bytes));
-    if (length > kLongestText - result.length) return false;
+    if (length > kLongestString - result.length) return false;
     std::memcpy(result.bytes + result.length, bytes, length);
     result.length += length;
-    text.remove_prefix(character.size());
+    string.remove_prefix(character.size());
   }
   return true;
 }
 
-// The text ends at its first NUL. Hardly any holds one, so that is looked for in the result.
-AnsiText Convert(std::u16string_view units) {
-  AnsiText result;
+// The string ends at its first NUL. Hardly any holds one, so that is looked for in the result.
+AnsiString Convert(std::u16string_view units) {
+  AnsiString result;
   if (!units.empty()) {
-    result.length = ToAnsi(units, result.bytes, kLongestText);
+    result.length = ToAnsi(units, result.bytes, kLongestString);
     if (result.length > 0) {
       result.length = strnlen(result.bytes, result.length);
     } else {
@@ -62,19 +62,19 @@ AnsiText Convert(std::u16string_view units) {
   return result;
 }
 
-void CopyText(const AnsiText& text, char (&field)[QUAYLINK_TEXT_SIZE]) {
-  std::memcpy(field, text.bytes, text.length + 1);
+void CopyString(const AnsiString& string, char (&field)[QUAYLINK_TEXT_SIZE]) {
+  std::memcpy(field, string.bytes, string.length + 1);
 }
 
 // Players store the location with ":" between its parts.
-void CopyLocation(const AnsiText& text, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
+void CopyLocation(const AnsiString& string, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
   const std::size_t prefix = driveLetter ? 2 : 0;
-  if (!text.whole || prefix + text.length > kLongestText) return;
+  if (!string.whole || prefix + string.length > kLongestString) return;
   if (driveLetter) {
     field[0] = driveLetter;
     field[1] = ':';
   }
-  std::replace_copy(text.bytes, text.bytes + text.length, field + prefix, ':',
+  std::replace_copy(string.bytes, string.bytes + string.length, field + prefix, ':',
                     driveLetter ? '\\' : '/');
 }
 
@@ -86,13 +86,13 @@ void FillRecord(const TrackItemChunk& item, char driveLetter, TrackRecord& recor
     if (type < found.size()) found[type] = object.get();
   }
   const auto convert = [&found](std::uint32_t type) {
-    const ArenaArray<char16_t>& text = found[type]->wideText;
-    return Convert({text.data(), text.size()});
+    const ArenaArray<char16_t>& string = found[type]->wideText;
+    return Convert({string.data(), string.size()});
   };
-  if (found[kTitleObject]) CopyText(convert(kTitleObject), record.title);
+  if (found[kTitleObject]) CopyString(convert(kTitleObject), record.title);
   if (found[kLocationObject]) CopyLocation(convert(kLocationObject), driveLetter, record.location);
-  if (found[kAlbumObject]) CopyText(convert(kAlbumObject), record.album);
-  if (found[kArtistObject]) CopyText(convert(kArtistObject), record.artist);
+  if (found[kAlbumObject]) CopyString(convert(kAlbumObject), record.album);
+  if (found[kArtistObject]) CopyString(convert(kArtistObject), record.artist);
 }
 
 }  // namespace

@@ -29,14 +29,14 @@ std::uint64_t WorkToParse(const std::string& bytes) {
   return work;
 }
 
-TEST(LinearTest, TheWorkOfParsingAnyFileGrowsWithItsSize) {
+TEST(Linear, TheWorkOfParsingAnyFileGrowsWithItsSize) {
   const auto files = HostileFiles(200 << 10);
   const auto twice = HostileFiles(400 << 10);
   for (std::size_t i = 0; i < files.size(); ++i) {
     const std::uint64_t work = WorkToParse(files[i].bytes);
     EXPECT_GT(work, 0u);
-    // Putting tracks in order takes a little more than twice
-    // as long; a quadratic step would take four times.
+    // Putting tracks in order takes a little more than twice as long; a quadratic step would take
+    // four times.
     EXPECT_LT(WorkToParse(twice[i].bytes), work * 23 / 10 + 1000) << files[i].name;
   }
 }
