@@ -149,7 +149,7 @@ void UsePhone(FuzzedDataProvider& input) {
   stand_in::StandInPhone phone(std::move(setUp));
   stand_in::SetCurrentPhone(&phone);
 
-  portable::CurrentMachine().update = nullptr;  // no look at the computer's own devices
+  portable::CurrentMachine().readDrives = nullptr;  // no look at the computer's own drives
   MobileDeviceBridge bridge;
   bridge.coreFoundationModule = reinterpret_cast<HMODULE>(&bridge);
   bridge.mobileDeviceModule = reinterpret_cast<HMODULE>(&bridge);
