@@ -1,7 +1,6 @@
 // From the chunks of a database to the records that a host gets.
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -53,7 +52,8 @@ AnsiString Convert(std::u16string_view units) {
   if (!units.empty()) {
     result.length = ToAnsi(units, result.bytes, kLongestString);
     if (result.length > 0) {
-      result.length = strnlen(result.bytes, result.length);
+      const char* end = std::find(result.bytes, result.bytes + result.length, '\0');
+      result.length = static_cast<std::size_t>(end - result.bytes);
     } else {
       result.whole = ConvertWhatFits(units.substr(0, units.find(u'\0')), result);
     }
@@ -67,32 +67,34 @@ void CopyString(const AnsiString& string, char (&field)[QUAYLINK_TEXT_SIZE]) {
 }
 
 // Players store the location with ":" between its parts.
-void CopyLocation(const AnsiString& string, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
+void CopyLocation(AnsiString string, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
   const std::size_t prefix = driveLetter ? 2 : 0;
+  field[0] = '\0';
   if (!string.whole || prefix + string.length > kLongestString) return;
+  std::replace(string.bytes, string.bytes + string.length, ':', driveLetter ? '\\' : '/');
   if (driveLetter) {
     field[0] = driveLetter;
     field[1] = ':';
   }
-  std::replace_copy(string.bytes, string.bytes + string.length, field + prefix, ':',
-                    driveLetter ? '\\' : '/');
+  std::memcpy(field + prefix, string.bytes, string.length + 1);
 }
 
-// Of several strings of one type the last one counts.
-void FillRecord(const TrackItemChunk& item, char driveLetter, TrackRecord& record) {
-  std::array<const DataObjectChunk*, kArtistObject + 1> found{};
-  for (const auto& object : item.dataObjects) {
-    const std::uint32_t type = object->objectType;
-    if (type < found.size()) found[type] = object.get();
-  }
-  const auto convert = [&found](std::uint32_t type) {
-    const ArenaArray<char16_t>& string = found[type]->wideText;
-    return Convert({string.data(), string.size()});
+void AddString(const DataObjectChunk& object, char driveLetter, TrackRecord& record) {
+  const auto convert = [&object] {
+    return Convert({object.wideText.data(), object.wideText.size()});
   };
-  if (found[kTitleObject]) CopyString(convert(kTitleObject), record.title);
-  if (found[kLocationObject]) CopyLocation(convert(kLocationObject), driveLetter, record.location);
-  if (found[kAlbumObject]) CopyString(convert(kAlbumObject), record.album);
-  if (found[kArtistObject]) CopyString(convert(kArtistObject), record.artist);
+  switch (object.objectType) {
+    case kTitleObject:
+      return CopyString(convert(), record.title);
+    case kLocationObject:
+      return CopyLocation(convert(), driveLetter, record.location);
+    case kAlbumObject:
+      return CopyString(convert(), record.album);
+    case kArtistObject:
+      return CopyString(convert(), record.artist);
+    default:
+      return;
+  }
 }
 
 }  // namespace
@@ -125,7 +127,8 @@ bool DeviceManager::Parse(const char* databasePath) {
 
 void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
   for (const TrackMap::Entry& track : trackList.tracks) {
-    FillRecord(*track.item, driveLetter, trackRecords.emplace_back());
+    TrackRecord& record = trackRecords.emplace_back();
+    for (const auto& object : track.item->dataObjects) AddString(*object, driveLetter, record);
   }
 }
 

@@ -13,10 +13,12 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "itunesdb/little_endian.h"
@@ -70,7 +72,8 @@ constexpr std::size_t WholeFields(std::size_t length) {
 // From the tag to the end of the fields.
 template <class H>
 constexpr std::uint32_t KnownLength() {
-  static_assert(WholeFields<H>(SIZE_MAX) == sizeof(H), "a field is missing from Fields");
+  static_assert(std::is_trivially_copyable_v<H> && alignof(H) == 1);
+  static_assert(WholeFields<H>(SIZE_MAX) == sizeof(H), "Fields lists another number of bytes");
   return kCommonHeaderLength + sizeof(H);
 }
 
