@@ -52,8 +52,9 @@ AnsiString Convert(std::u16string_view units) {
   if (!units.empty()) {
     result.length = ToAnsi(units, result.bytes, kLongestString);
     if (result.length > 0) {
-      const char* end = std::find(result.bytes, result.bytes + result.length, '\0');
-      result.length = static_cast<std::size_t>(end - result.bytes);
+      const void* end = std::memchr(result.bytes, '\0', result.length);
+      if (end)
+        result.length = static_cast<std::size_t>(static_cast<const char*>(end) - result.bytes);
     } else {
       result.whole = ConvertWhatFits(units.substr(0, units.find(u'\0')), result);
     }
