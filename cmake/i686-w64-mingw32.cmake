@@ -1,5 +1,5 @@
-# The 32-bit Windows build, by MinGW-w64 with its posix threads and everything of the compiler's linked statically,
-# so that a DLL or a program needs nothing but what Windows brings along.
+# The 32-bit Windows build, by MinGW-w64 with its posix threads and everything of the compiler's linked statically, so
+# that a DLL or a program needs nothing but what Windows brings along.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86)
 

@@ -21,8 +21,8 @@ void WriteFile(const fs::path& path, const std::vector<std::uint8_t>& bytes) {
              static_cast<std::streamsize>(bytes.size()));
 }
 
-void WriteText(const fs::path& path, const std::string& text) {
-  WriteFile(path, {text.begin(), text.end()});
+void WriteString(const fs::path& path, const std::string& string) {
+  WriteFile(path, {string.begin(), string.end()});
 }
 
 // The database and the files of the sample music, below a device's root.
@@ -35,10 +35,10 @@ void WriteMusic(const fs::path& root, const std::string& controlFolder) {
 // A machine with a player in disk mode on E:, among drives that are not the player's.
 void MakePlayer(const fs::path& machine) {
   const fs::path drives = machine / "drives";
-  WriteText(machine / "usb" / "VID_046D&PID_C077" / "5&1A2B3C4D&0&2", "");
-  WriteText(machine / "usb" / "VID_05AC&PID_1261" / "000A270010203040", "");
-  WriteText(drives / "c" / "iPod_Control" / "Music" / "a backup, on a fixed drive.txt", "");
-  WriteText(drives / "d" / "Pictures" / "a memory stick.txt", "");
+  WriteString(machine / "usb" / "VID_046D&PID_C077" / "5&1A2B3C4D&0&2", "");
+  WriteString(machine / "usb" / "VID_05AC&PID_1261" / "000A270010203040", "");
+  WriteString(drives / "c" / "iPod_Control" / "Music" / "a backup, on a fixed drive.txt", "");
+  WriteString(drives / "d" / "Pictures" / "a memory stick.txt", "");
   WriteMusic(drives / "e", "iPod_Control");
 }
 
@@ -51,13 +51,14 @@ void MakePhone(const fs::path& machine, const fs::path& libraries) {
   for (const char* name : {"CoreFoundation.dll", "iTunesMobileDevice.dll"}) {
     fs::copy_file(libraries / name, installed / name, fs::copy_options::overwrite_existing);
   }
-  WriteText(machine / "usb" / "VID_05AC&PID_1290" / "5f2e1d0c9b8a7f6e5d4c3b2a190807f6e5d4c3b2", "");
+  WriteString(machine / "usb" / "VID_05AC&PID_1290" / "5f2e1d0c9b8a7f6e5d4c3b2a190807f6e5d4c3b2",
+              "");
   const fs::path phone = machine / "phone";
   WriteMusic(phone, "iTunes_Control");
-  WriteText(phone / "DCIM" / "100APPLE" / "IMG_0001.JPG", "a picture of the harbour\n");
-  WriteText(phone / "Books" / "Sailing.txt", "Mind the tide.\n");
+  WriteString(phone / "DCIM" / "100APPLE" / "IMG_0001.JPG", "a picture of the harbour\n");
+  WriteString(phone / "Books" / "Sailing.txt", "Mind the tide.\n");
   fs::create_directories(phone / "Downloads");
-  WriteText(machine / "phone.txt", "folder phone\nidentifier 5f2e1d0c9b8a7f6e5d4c3b2a\n");
+  WriteString(machine / "phone.txt", "folder phone\nidentifier 5f2e1d0c9b8a7f6e5d4c3b2a\n");
 }
 
 // Small databases that between them hold every kind of chunk and of data object, for programs that

@@ -63,8 +63,8 @@ std::vector<std::uint8_t> BytesOf(DatabaseChunk& database) {
   return {bytes.begin(), bytes.end()};
 }
 
-std::u16string Numbered(std::u16string_view text, std::uint32_t number) {
-  std::u16string result(text);
+std::u16string Numbered(std::u16string_view string, std::uint32_t number) {
+  std::u16string result(string);
   for (const char digit : std::to_string(number)) result += static_cast<char16_t>(digit);
   return result;
 }

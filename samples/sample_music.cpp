@@ -38,8 +38,8 @@ constexpr Entry kCollection[] = {
     {u"", u"", u"", "F06/NONE.wav"},
 };
 
-void Append(std::vector<std::uint8_t>& bytes, std::string_view text) {
-  std::ranges::copy(text, std::back_inserter(bytes));
+void Append(std::vector<std::uint8_t>& bytes, std::string_view string) {
+  std::ranges::copy(string, std::back_inserter(bytes));
 }
 
 template <class T>

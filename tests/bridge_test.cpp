@@ -22,9 +22,9 @@ constexpr char kDeviceSupport[] = "C:\\Common32\\Apple\\Mobile Device Support\\"
 constexpr char kApplicationSupport[] = "C:\\Common32\\Apple\\Apple Application Support\\";
 constexpr char kWorkFolder[] = "C:\\Documents\\Orvendel_WorkFolder\\";
 
-std::string BytesOf(const std::string& hostPath) {
-  std::ifstream file(hostPath, std::ios::binary);
-  EXPECT_TRUE(file) << hostPath;
+std::string BytesOf(const std::string& computerPath) {
+  std::ifstream file(computerPath, std::ios::binary);
+  EXPECT_TRUE(file) << computerPath;
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -12,7 +12,7 @@ namespace quaylink::test {
 namespace {
 
 // Headers as they grew over the years: of the database, its tracks and its playlists.
-TEST(OlderPlayers, DatabasesKeepTheirTracksAndTextsThroughReadingAndWriting) {
+TEST(OlderPlayers, DatabasesKeepTheirTracksAndStringsThroughReadingAndWriting) {
   const struct {
     std::uint32_t database;
     std::uint32_t track;

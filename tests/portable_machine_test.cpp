@@ -68,10 +68,10 @@ TEST(UsbDeviceListOnAMachine, FailsOnTheVersionsOfWindowsThatItDoesNotKnow) {
     CurrentMachine().platformId = platformId;
     CurrentMachine().majorVersion = majorVersion;
     EXPECT_EQ(UsbDeviceList().Enumerate(), result) << platformId << " " << majorVersion;
-    std::string text;
+    std::string symbolicName;
     const std::string parameters =
         "SYSTEM\\CurrentControlSet\\Enum\\USB\\VID_05AC&PID_1261\\1\\Device Parameters\\";
-    EXPECT_EQ(ReadStringValue(parameters + "SymbolicName", text), result == 1);
+    EXPECT_EQ(ReadStringValue(parameters + "SymbolicName", symbolicName), result == 1);
   }
 }
 
@@ -123,9 +123,9 @@ class Computer : public testing::Test {
     Disk("sdc", "8:32", "1");
   }
 
-  void Write(const fs::path& path, const std::string& text) {
+  void Write(const fs::path& path, const std::string& contents) {
     fs::create_directories((folder / path).parent_path());
-    std::ofstream(folder / path) << text;
+    std::ofstream(folder / path) << contents;
   }
   void Plug(const std::string& port, const std::string& vendor, const std::string& product,
             const std::string& serial) {

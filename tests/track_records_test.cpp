@@ -67,12 +67,12 @@ TEST_F(TrackRecords, TheLocationFollowsTheDriveLetter) {
   }
 }
 
-TEST_F(TrackRecords, TextsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
+TEST_F(TrackRecords, StringsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
   if (!machine.UseCodePage(CP_UTF8)) GTEST_SKIP() << "the ANSI code page cannot be changed here";
   const std::u16string x254(254, u'x');
   const std::string x254Bytes(254, 'x');
   const struct {
-    std::u16string text;
+    std::u16string string;
     std::string title;
   } cases[] = {
       {x254 + u"yz", x254Bytes + "y"},
@@ -84,24 +84,24 @@ TEST_F(TrackRecords, TextsThatDoNotFitAreCutAfterTheLastWholeCharacter) {
       {u"海の知らない物語", "海の知らない物語"},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(RecordOf(1, TextObject(1, c.text)).title, c.title) << c.title;
+    EXPECT_EQ(RecordOf(1, TextObject(1, c.string)).title, c.title) << c.title;
   }
 }
 
-TEST_F(TrackRecords, TextsAreInTheAnsiCodePage) {
+TEST_F(TrackRecords, StringsAreInTheAnsiCodePage) {
   if (!machine.UseCodePage(1252)) GTEST_SKIP() << "the ANSI code page cannot be changed here";
   const struct {
-    std::u16string text;
+    std::u16string string;
     std::string title;
   } cases[] = {
       {u"Caf\u00E9 \u20AC", "Caf\xE9 \x80"},
       {u"for 終わり", "for ???"},
       {std::u16string(300, u'\u00E9'), std::string(255, '\xE9')},
   };
-  for (const auto& c : cases) EXPECT_EQ(RecordOf(1, TextObject(1, c.text)).title, c.title);
+  for (const auto& c : cases) EXPECT_EQ(RecordOf(1, TextObject(1, c.string)).title, c.title);
 }
 
-TEST_F(TrackRecords, TextsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes) {
+TEST_F(TrackRecords, StringsEndAtTheirFirstNulAndLaterOnesOverwriteEarlierOnes) {
   const TrackRecord record =
       RecordOf(4, TextObject(1, u"First title") + TextObject(1, std::u16string(u"ab\0cd", 5)) +
                       TextObject(3, u"Album") + TextObject(3, u""));

@@ -31,8 +31,8 @@ std::vector<int> TypeCodes() {
 // An instance of a product with that symbolic name. Its device path, if given, can be opened.
 void AddInstance(TestMachine& machine, const std::string& productKey, const std::string& serial,
                  const std::string& symbolicName, const std::string& devicePath) {
-  machine.SetRegistryText(kUsb + productKey + "\\" + serial + "\\Device Parameters", "SymbolicName",
-                          symbolicName);
+  machine.SetRegistryString(kUsb + productKey + "\\" + serial + "\\Device Parameters",
+                            "SymbolicName", symbolicName);
   if (!devicePath.empty()) machine.AddDevicePath(devicePath);
 }
 
@@ -78,9 +78,9 @@ TEST(Registry, ValuesAreReadAsStringsOfUpTo254Characters) {
   TestMachine machine;
   const std::string key = "SYSTEM\\QuaylinkTest";
   const std::string longest(254, 'x');
-  machine.SetRegistryText(key, "Longest", longest);
-  machine.SetRegistryText(key, "TooLong", longest + "x");
-  machine.SetRegistryText(key, "", "default");
+  machine.SetRegistryString(key, "Longest", longest);
+  machine.SetRegistryString(key, "TooLong", longest + "x");
+  machine.SetRegistryString(key, "", "default");
   const struct {
     const char* name;
     bool result;

@@ -59,8 +59,8 @@ struct PhoneSetUp {
   std::map<std::string, FailingCalls, std::less<>> failures = {};  // by the entry point's name
   bool garbage = false;                      // failing calls write garbage to their outputs
   std::optional<unsigned> unplugAfter = {};  // that many calls; all later ones fail
-  bool comesBack =
-      false;  // the next subscriber finds it plugged in again, as another device record
+  // The next subscriber finds it plugged in again, as another device record.
+  bool comesBack = false;
 
   void (*aroundCalls)(bool begins) = nullptr;  // told when the phone's code begins and ends to run
 

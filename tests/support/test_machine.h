@@ -26,7 +26,8 @@ class TestMachine {
   // The parts of an attached device, for a test that wants them incomplete. Key paths are below
   // local machine.
   void AddRegistryKey(std::string_view keyPath);
-  void SetRegistryText(std::string_view keyPath, std::string_view valueName, std::string_view text);
+  void SetRegistryString(std::string_view keyPath, std::string_view valueName,
+                         std::string_view string);
   // False where no device can have such a path.
   bool AddDevicePath(std::string_view devicePath);
 

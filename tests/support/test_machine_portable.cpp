@@ -62,9 +62,9 @@ void TestMachine::AddRegistryKey(std::string_view keyPath) {
   CurrentMachine().KeyAt(keyPath);
 }
 
-void TestMachine::SetRegistryText(std::string_view keyPath, std::string_view valueName,
-                                  std::string_view text) {
-  std::string data(text);
+void TestMachine::SetRegistryString(std::string_view keyPath, std::string_view valueName,
+                                    std::string_view string) {
+  std::string data(string);
   data.push_back('\0');
   CurrentMachine().KeyAt(keyPath).values[std::string(valueName)] = data;
 }

@@ -51,15 +51,15 @@ void DeleteKeyTree(HKEY parent, const char* name) {
   RegDeleteKeyA(parent, name);
 }
 
-void SetText(HKEY hive, const std::string& keyPath, const std::string& name,
-             const std::string& text) {
+void SetString(HKEY hive, const std::string& keyPath, const std::string& name,
+               const std::string& string) {
   HKEY key = nullptr;
   ASSERT_EQ(
       RegCreateKeyExA(hive, keyPath.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key, nullptr),
       ERROR_SUCCESS);
   EXPECT_EQ(
-      RegSetValueExA(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                     static_cast<DWORD>(text.size() + 1)),
+      RegSetValueExA(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(string.c_str()),
+                     static_cast<DWORD>(string.size() + 1)),
       ERROR_SUCCESS);
   RegCloseKey(key);
 }
@@ -135,8 +135,8 @@ void TestMachine::AttachDevice(unsigned productId, std::string_view serial) {
   const std::string instance(serial);
   const std::string name =
       std::string("USB#") + product + "#" + instance + "#{a5dcbf10-6530-11d2-901f-00c04fb951ed}";
-  SetRegistryText(std::string(kUsbKey) + "\\" + product + "\\" + instance + "\\Device Parameters",
-                  "SymbolicName", "\\??\\" + name);
+  SetRegistryString(std::string(kUsbKey) + "\\" + product + "\\" + instance + "\\Device Parameters",
+                    "SymbolicName", "\\??\\" + name);
   AddDevicePath("\\\\?\\" + name);
 }
 
@@ -168,10 +168,10 @@ void TestMachine::AddRegistryKey(std::string_view keyPath) {
   }
 }
 
-void TestMachine::SetRegistryText(std::string_view keyPath, std::string_view valueName,
-                                  std::string_view text) {
+void TestMachine::SetRegistryString(std::string_view keyPath, std::string_view valueName,
+                                    std::string_view string) {
   AddRegistryKey(keyPath);
-  SetText(HKEY_LOCAL_MACHINE, std::string(keyPath), std::string(valueName), std::string(text));
+  SetString(HKEY_LOCAL_MACHINE, std::string(keyPath), std::string(valueName), std::string(string));
 }
 
 bool TestMachine::AddDevicePath(std::string_view devicePath) {
@@ -237,16 +237,16 @@ void TestMachine::SetSpecialFolder(int folderId, const std::string& path) {
   const std::string userFolders = std::string(kCurrentVersion) + "\\Explorer\\User Shell Folders";
   // The shell looks a folder up only when it is there.
   if (!path.empty()) AddFolder(path);
-  const std::string text = path.empty() ? "C:\\NoSuchFolder" : path;
+  const std::string string = path.empty() ? "C:\\NoSuchFolder" : path;
   switch (folderId) {
     case CSIDL_PERSONAL:
-      return SetText(HKEY_CURRENT_USER, userFolders, "Personal", text);
+      return SetString(HKEY_CURRENT_USER, userFolders, "Personal", string);
     case CSIDL_APPDATA:
-      return SetText(HKEY_CURRENT_USER, userFolders, "AppData", text);
+      return SetString(HKEY_CURRENT_USER, userFolders, "AppData", string);
     case CSIDL_PROGRAM_FILES_COMMON:
-      return SetText(HKEY_LOCAL_MACHINE, kCurrentVersion, "CommonFilesDir", text);
+      return SetString(HKEY_LOCAL_MACHINE, kCurrentVersion, "CommonFilesDir", string);
     case CSIDL_PROGRAM_FILES_COMMONX86:
-      return SetText(HKEY_LOCAL_MACHINE, kCurrentVersion, "CommonFilesDir (x86)", text);
+      return SetString(HKEY_LOCAL_MACHINE, kCurrentVersion, "CommonFilesDir (x86)", string);
     default:
       FAIL() << "no special folder " << folderId;
   }
