@@ -115,6 +115,7 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
   EXPECT_FALSE(machine_.Exists(std::string(kWorkFolder) + "Other.resources"));
   EXPECT_FALSE(IsLibraryLoaded(std::string(kWorkFolder) + "iTunesMobileDevice.dll"));
   EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "CoreFoundation.dll"));
+  EXPECT_TRUE(IsLibraryLoaded(std::string(kBinFolder) + "CoreFoundation.dll"));
 }
 
 TEST_F(Bridge, TriesTheSecondLibraryAndTheWorkFolderAlsoWhenOnlyTheFirstCannotBeLoaded) {

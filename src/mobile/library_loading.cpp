@@ -20,8 +20,11 @@ PhoneLibraries FindPhoneLibraries() {
   PhoneLibraries libraries = LoadPhoneLibraries(GetSpecialFolderPath(CSIDL_PROGRAM_FILES_COMMON) +
                                                 kDeviceSupport + "bin\\");
   if (libraries.areLoaded || !MobileDeviceSupportPresent()) return libraries;
-  libraries = {};  // or those of the work folder would be bound to the one that has been loaded
-  return PrepareWorkFolder();
+  PhoneLibraries gathered = PrepareWorkFolder();
+  // One that has been loaded stays in the process: those of the work folder may be bound to it.
+  static_cast<void>(libraries.mobileDeviceModule.release());
+  static_cast<void>(libraries.coreFoundationModule.release());
+  return gathered;
 }
 
 }  // namespace

@@ -19,7 +19,8 @@ class MobileDeviceBridge {
   // Works with the libraries that are handed in.
   explicit MobileDeviceBridge(PhoneLibraries given);
   // Deletes the pairing record that this bridge made, and unloads the libraries. Closes no
-  // connection. A CoreFoundation.dll from the work folder stays loaded until the process ends.
+  // connection. A CoreFoundation.dll from the work folder stays loaded until the process ends, and
+  // so does the one library that could be loaded from the vendor's folder before.
   ~MobileDeviceBridge();
   MobileDeviceBridge(const MobileDeviceBridge&) = delete;
   MobileDeviceBridge& operator=(const MobileDeviceBridge&) = delete;
