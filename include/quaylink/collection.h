@@ -93,7 +93,7 @@
 #define QUAYLINK_COLLECTION_VERSION_MINOR 0 /**< Grows when something is added. */
 #define QUAYLINK_COLLECTION_VERSION_PATCH 0 /**< Grows when nothing but faults are mended. */
 /** All three in one number, which grows from version to version. */
-#define QUAYLINK_COLLECTION_VERSION                                                      \
+#define QUAYLINK_COLLECTION_VERSION_NUMBER                                                      \
   (QUAYLINK_COLLECTION_VERSION_MAJOR * 65536 + QUAYLINK_COLLECTION_VERSION_MINOR * 256 + \
    QUAYLINK_COLLECTION_VERSION_PATCH)
 /** @} */
@@ -403,7 +403,7 @@ QUAYLINK_EXPORT QuaylinkResult QUAYLINK_CALL QuaylinkGetPlaylist(
 /**
  * Tells the version of the library that is running.
  *
- * @return its version in the form of QUAYLINK_COLLECTION_VERSION
+ * @return its version in the form of QUAYLINK_COLLECTION_VERSION_NUMBER
  */
 QUAYLINK_EXPORT uint32_t QUAYLINK_CALL QuaylinkCollectionVersion(void);
 

@@ -63,7 +63,7 @@
 #define QUAYLINK_VERSION_MINOR 0 /**< Grows when something is added. */
 #define QUAYLINK_VERSION_PATCH 0 /**< Grows when nothing but faults are mended. */
 /** All three in one number, which grows from version to version. */
-#define QUAYLINK_VERSION \
+#define QUAYLINK_VERSION_NUMBER \
   (QUAYLINK_VERSION_MAJOR * 65536 + QUAYLINK_VERSION_MINOR * 256 + QUAYLINK_VERSION_PATCH)
 /** @} */
 

@@ -181,5 +181,5 @@ QuaylinkResult QUAYLINK_CALL QuaylinkGetPlaylist(const QuaylinkCollection* colle
 }
 
 uint32_t QUAYLINK_CALL QuaylinkCollectionVersion(void) {
-  return QUAYLINK_COLLECTION_VERSION;
+  return QUAYLINK_COLLECTION_VERSION_NUMBER;
 }

@@ -66,12 +66,14 @@ void SalvageWalk::WalkDatabase() {
   DatabaseHeader header;
   std::uint32_t headerLength = 0;
   std::uint32_t totalLength = 0;
-  if (!ReadWholeHeader<DatabaseHeader>(reader, kShortestDatabaseHeader, headerLength, totalLength,
-                                       header)) {
-    return;
+  if (ReadWholeHeader<DatabaseHeader>(reader, kShortestDatabaseHeader, headerLength, totalLength,
+                                      header)) {
+    at_ = reader.Position();
+  } else {
+    NoteFlaw(0, "the database", kIsBroken);
   }
-  at_ = reader.Position();
-  if (!IsAt(at_, kDataSetTag) && at_ < Size()) at_ = kShortestDatabaseHeader;
+  // The length of the header itself may be wrong, here and below.
+  if (!IsAt(at_, kDataSetTag)) at_ = kShortestDatabaseHeader;
   for (std::uint32_t i = 0; i < header.dataSetCount || IsAt(at_, kDataSetTag); ++i) {
     if (!IsAt(at_, kDataSetTag)) {
       NoteFlaw(at_, "a data set", kIsMissing);
@@ -108,9 +110,16 @@ void SalvageWalk::WalkDataSet() {
   }
   const Position end = begin + totalLength;
   at_ = begin + reader.Position();
-  if (const ListKind* kind = ListOf(header.dataSetType)) {
-    if (!IsAt(at_, kind->listTag) && at_ < Size()) at_ = begin + kShortestDataSetHeader;
-    WalkList(*kind, header.dataSetType, end <= Size() && end > begin ? end : Size());
+  std::uint32_t type = header.dataSetType;
+  const ListKind* kind = ListOf(type);
+  if (kind != &kTracks && !tracksMet_ && IsAt(at_, kTrackListTag)) {
+    NoteFlaw(begin, "a data set", "states another kind than it is of");
+    type = kTrackDataSet;
+    kind = &kTracks;
+  }
+  if (kind) {
+    if (!IsAt(at_, kind->listTag)) at_ = begin + kShortestDataSetHeader;
+    WalkList(*kind, type, end <= Size() && end > begin ? end : Size());
   } else if (end >= at_ && (end >= Size() || IsAt(end, kDataSetTag))) {
     at_ = end;
     if (end > Size()) NoteFlaw(begin, "a data set", kIsCut);
@@ -155,7 +164,6 @@ std::uint32_t SalvageWalk::WalkListHeader(const ListKind& kind, Position end) {
   const bool read = ReadListHeader(reader, headerLength, count);
   at_ = list + reader.Position();
   if (!read || (count > 0 && !IsAt(at_, kind.itemTag))) {
-    if (at_ > Size()) return count;
     NoteFlaw(list, kind.list, kIsBroken);
     at_ = list + kTagLength;
     ScanFor(end, {&kind.itemTag, &kDataSetTag});

@@ -41,10 +41,11 @@ WalkResult SequentialWalk::WalkDatabase() {
   DatabaseHeader header;
   std::uint32_t headerLength = 0;
   std::uint32_t totalLength = 0;
-  if (CheckTag(reader_, kDatabaseTag) < 0 ||
-      !ReadWholeHeader<DatabaseHeader>(reader_, kShortestDatabaseHeader, headerLength, totalLength,
+  if (CheckTag(reader_, kDatabaseTag) < 0) return WalkResult::kNoDatabase;
+  if (!ReadWholeHeader<DatabaseHeader>(reader_, kShortestDatabaseHeader, headerLength, totalLength,
                                        header)) {
-    return WalkResult::kNoDatabase;
+    NoteFlaw(0, "the database", kIsBroken);
+    return WalkResult::kRefused;
   }
   std::uint32_t sum = headerLength;
   for (std::uint32_t i = 0; i < header.dataSetCount; ++i) {
