@@ -15,6 +15,7 @@
 
 #include "common/local_file.h"
 #include "itunesdb/database.h"
+#include "quaylink/collection.h"
 #include "quaylink/quaylink.h"
 #include "samples/sample_database.h"
 
@@ -65,6 +66,22 @@ void CountingCall(benchmark::State& state, const DatabaseFile& database) {
   InitializeIPod();
   for (auto _ : state) benchmark::DoNotOptimize(ParseITunesDB(database.Path(), 0, nullptr));
   TerminateIPod();
+}
+
+// Opens the collection and asks every property of every track.
+void Collection(benchmark::State& state, const DatabaseFile& database) {
+  for (auto _ : state) {
+    QuaylinkCollection* collection = nullptr;
+    if (QuaylinkOpenFile(database.Path(), nullptr, &collection, nullptr) != QUAYLINK_OK) {
+      std::abort();
+    }
+    QuaylinkTrack track{};
+    track.structSize = sizeof(track);
+    for (std::uint32_t i = 0; QuaylinkGetTrack(collection, i, &track) == QUAYLINK_OK; ++i) {
+      benchmark::DoNotOptimize(track);
+    }
+    QuaylinkClose(collection);
+  }
 }
 
 // With a manager of its own for every call, so that nothing is warm from the call before.
@@ -166,6 +183,7 @@ int main(int argc, char** argv) {
   };
   add("plain read", PlainRead, database);
   add("counting call", CountingCall, database);
+  add("collection", Collection, database);
   add("full call", FullCall, database, kTracks);
   add("first call", FirstCall, database, kTracks);
   add("full call, 10,000 tracks", FullCall, few, kFewTracks);
@@ -182,6 +200,8 @@ int main(int argc, char** argv) {
   std::printf("\n%u tracks, %.1f MB; medians of 15 runs\n", kTracks,
               static_cast<double>(database.Size()) / 1e6);
   print("ParseITunesDB, counting", median["counting call"] / median["plain read"], "plain reads");
+  print("Collection, every property of every track", median["collection"] / median["counting call"],
+        "counting calls");
   print("ParseITunesDB, records", median["full call"] / median["plain read"], "plain reads");
   print("ParseITunesDB, records, nothing warm", median["first call"] / median["plain read"],
         "plain reads");

@@ -46,6 +46,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/** @cond */
 #if defined(_WIN32)
 #define QUAYLINK_CALL __cdecl
 #define QUAYLINK_EXPORT /* exported by the library's module-definition file */
@@ -56,6 +57,7 @@
 #define QUAYLINK_CALL
 #define QUAYLINK_EXPORT
 #endif
+/** @endcond */
 
 /** @name The version of this header, and of the library that comes with it. */
 /** @{ */
