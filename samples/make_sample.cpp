@@ -25,10 +25,12 @@ void WriteText(const fs::path& path, const std::string& text) {
   WriteFile(path, {text.begin(), text.end()});
 }
 
-// The database and the files of the sample music, below a device's root.
+// The database, its play counts and the files of the sample music, below a device's root.
 void WriteMusic(const fs::path& root, const std::string& controlFolder) {
   const auto music = SampleMusic(controlFolder);
-  WriteFile(root / controlFolder / "iTunes" / "iTunesDB", WriteDatabase(SampleLibrary(music)));
+  const fs::path folder = root / controlFolder / "iTunes";
+  WriteFile(folder / "iTunesDB", WriteDatabase(SampleLibrary(music)));
+  WriteFile(folder / "Play Counts", WritePlayCounts(SamplePlayCounts(music)));
   for (const SampleTrack& track : music) WriteFile(root / track.file, ToneFile(track.toneHertz));
 }
 
@@ -67,6 +69,7 @@ void MakeSeeds(const fs::path& folder) {
   WriteFile(folder / "empty", WriteDatabase({}));
   WriteFile(folder / "made-up", WriteDatabase(MakeLargeLibrary(3)));
   WriteFile(folder / "every-kind", WriteDatabaseOfEveryKind());
+  WriteFile(folder / "compressed", Compress(WriteDatabase(MakeLargeLibrary(3))));
 }
 
 int Run(int argc, char** argv) {

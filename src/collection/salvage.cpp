@@ -55,7 +55,8 @@ class SalvageWalk {
   Contents& contents_;
   Position at_ = 0;
   bool chunkMissing_ = false;  // where the last reading of an item ended
-  bool placesKnown_ = true;    // of the items of a list
+  bool headerWhole_ = true;    // of the list
+  bool placesKnown_ = true;    // of its items
   bool tracksMet_ = false;
   PlaylistChoice choice_;
 };
@@ -91,6 +92,7 @@ void SalvageWalk::WalkDatabase() {
       WalkList(kTracks, kTrackDataSet, Size());
     }
   }
+  if (at_ > Size()) NoteFlaw(Size(), "the database", kIsCut);
   if (at_ != totalLength) NoteFlaw(8, "the database", kStatesOtherLength);
   contents_.playlists = choice_.Take();
 }
@@ -134,8 +136,9 @@ void SalvageWalk::LeaveDataSet(Position begin, Position end) {
 }
 
 void SalvageWalk::WalkList(const ListKind& kind, std::uint32_t type, Position end) {
-  const std::uint32_t count = WalkListHeader(kind, end);
   placesKnown_ = true;
+  headerWhole_ = true;
+  const std::uint32_t count = WalkListHeader(kind, end);
   if (&kind == &kTracks) {
     WalkTracks(count, type, end);
   } else if (&kind == &kAlbums) {
@@ -143,7 +146,8 @@ void SalvageWalk::WalkList(const ListKind& kind, std::uint32_t type, Position en
     WalkItems(kind, count, end, albums, [] {});
   } else {
     PlaylistReader playlists(choice_.Begin(type), contents_.playlistNames);
-    choice_.End(WalkItems(kind, count, end, playlists, [&] { playlists.Keep(); }));
+    const bool allWhole = WalkItems(kind, count, end, playlists, [&] { playlists.Keep(); });
+    choice_.End(headerWhole_ && allWhole);
   }
 }
 
@@ -154,7 +158,8 @@ std::uint32_t SalvageWalk::WalkListHeader(const ListKind& kind, Position end) {
   if (!IsAt(at_, kind.listTag)) {
     NoteFlaw(begin, kind.list, kIsMissing);
     ScanFor(end, {&kind.listTag, &kind.itemTag, &kDataSetTag});
-    if (!IsAt(at_, kind.listTag)) return 0;
+    headerWhole_ = placesKnown_ = IsAt(at_, kind.listTag);
+    if (!headerWhole_) return 0;
   }
   const Position list = at_;
   Reader reader(bytes_.subspan(list));
@@ -165,6 +170,7 @@ std::uint32_t SalvageWalk::WalkListHeader(const ListKind& kind, Position end) {
   at_ = list + reader.Position();
   if (!read || (count > 0 && !IsAt(at_, kind.itemTag))) {
     NoteFlaw(list, kind.list, kIsBroken);
+    headerWhole_ = placesKnown_ = false;
     at_ = list + kTagLength;
     ScanFor(end, {&kind.itemTag, &kDataSetTag});
   }
@@ -180,8 +186,8 @@ void SalvageWalk::WalkTracks(std::uint32_t count, std::uint32_t type, Position e
   tracksMet_ = true;
   contents_.statedTrackCount = count;
   WalkItems(kTracks, count, end, tracks, [&] {
-    contents_.tracks.Add(tracks.Item(), placesKnown_ ? contents_.seenTrackCount
-                                                     : TrackTable::kUnknownPlace);
+    contents_.tracks.Add(tracks.Item(),
+                         placesKnown_ ? contents_.seenTrackCount : TrackTable::kUnknownPlace);
   });
 }
 

@@ -27,7 +27,7 @@ class SequentialWalk {
   bool Ended() const { return reader_.Exhausted() || (untilFlaw_ && contents_.flaw); }
   void NoteFlaw(std::uint64_t offset, const char* subject, const char* trouble) {
     const bool cut = reader_.Remaining() == 0 && trouble != kStatesOtherLength;
-    contents_.NoteFlaw(offset, subject, cut ? kIsCut : trouble);
+    contents_.NoteFlaw(std::min(offset, reader_.Size()), subject, cut ? kIsCut : trouble);
   }
 
   Reader& reader_;
@@ -57,6 +57,8 @@ WalkResult SequentialWalk::WalkDatabase() {
     sum += WalkDataSet();
   }
   const bool accepted = sum == totalLength && static_cast<std::int32_t>(totalLength) >= 0;
+  // The end of a header that says nothing may be missing.
+  if (reader_.PassedEnd()) NoteFlaw(reader_.Size(), "the database", kIsCut);
   if (!accepted) contents_.NoteFlaw(8, "the database", kStatesOtherLength);
   contents_.playlists = choice_.Take();
   return accepted ? WalkResult::kAccepted : WalkResult::kRefused;
