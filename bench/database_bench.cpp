@@ -233,8 +233,8 @@ int main(int argc, char** argv) {
   }
   std::printf("Cost of a track at 100,000 over that at 10,000: %.2f\n",
               median("records", 100'000) / median("records", 10'000) / 10);
-  std::printf("A collection of %u tracks, every property asked: %.2f times counting them\n", kWritten,
-              median("collection", kWritten) / median("count", kWritten));
+  std::printf("A collection of %u tracks, every property asked: %.2f times counting them\n",
+              kWritten, median("collection", kWritten) / median("count", kWritten));
   std::printf("Writing %u tracks: %.2f times copying the bytes\n", kWritten,
               median("write", kWritten) / median("memcpy", kWritten));
   return 0;
