@@ -43,37 +43,37 @@ Object* Handle() {
   return reinterpret_cast<Object*>(&phone);
 }
 
-Status QUAYLINK_CALL OpenDirectory(AfcConnection, const char* path, AfcDirectory** directory) {
+Status WINAPIV OpenDirectory(AfcConnection, const char* path, AfcDirectory** directory) {
   phone.openNames = path[1] == '\0' ? &phone.folderNames : &phone.fileNames;
   phone.nextName = 0;
   *directory = Handle<AfcDirectory>();
   return 0;
 }
 
-Status QUAYLINK_CALL ReadDirectory(void*, AfcDirectory*, const char** name) {
+Status WINAPIV ReadDirectory(void*, AfcDirectory*, const char** name) {
   const auto& names = *phone.openNames;
   *name = phone.nextName < names.size() ? names[phone.nextName++].c_str() : nullptr;
   return 0;
 }
 
-Status QUAYLINK_CALL CloseDirectory(void*, AfcDirectory*) {
+Status WINAPIV CloseDirectory(void*, AfcDirectory*) {
   return 0;
 }
 
-Status QUAYLINK_CALL OpenInformation(AfcConnection, const char*, AfcInformation** information) {
+Status WINAPIV OpenInformation(AfcConnection, const char*, AfcInformation** information) {
   phone.nextPair = phone.openNames == &phone.folderNames ? kFolderPairs : kFilePairs;
   *information = Handle<AfcInformation>();
   return 0;
 }
 
-Status QUAYLINK_CALL ReadKeyValue(AfcInformation*, const char** key, const char** value) {
+Status WINAPIV ReadKeyValue(AfcInformation*, const char** key, const char** value) {
   *key = (*phone.nextPair)[0];
   *value = (*phone.nextPair)[1];
   ++phone.nextPair;
   return 0;
 }
 
-Status QUAYLINK_CALL CloseInformation(AfcInformation*) {
+Status WINAPIV CloseInformation(AfcInformation*) {
   return 0;
 }
 

@@ -51,7 +51,7 @@ struct Library {
 };
 
 // Fills an empty database with the data sets that players write: albums, tracks, playlists twice
-// over, and an empty list of smart playlists.
+// over, and an empty list of the player's own menus.
 void BuildDatabase(const Library& library, DatabaseChunk& database);
 
 // The bytes of that database. Throws std::bad_alloc.

@@ -44,7 +44,7 @@ TEST(PortableHandles, AbortWhenUsedAfterTheirClose) {
 
 TEST(PortableModules, StayUntilTheirLastReferenceIsGivenBack) {
   TestMachine machine;
-  // A library that every host has: the C++ runtime's.
+  // A library that every process has: the C++ runtime's.
   const auto load = [] {
     return LoadLibraryExA("libstdc++.so.6", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
   };

@@ -33,7 +33,7 @@ Cancellation TakeSubscription() {
 
 }  // namespace
 
-void QUAYLINK_CALL OnDeviceNotification(const NotificationRecord* record) noexcept {
+void WINAPIV OnDeviceNotification(const NotificationRecord* record) noexcept {
   if (!record || !record->deviceRecord) return;
   std::unique_lock lock(stateMutex);
   std::memcpy(sharedDeviceRecord.data(), record->deviceRecord, sharedDeviceRecord.size());

@@ -13,7 +13,7 @@ namespace quaylink {
 
 // The callback given to the phone library. A record that carries a device is copied, and ends the
 // subscription.
-void QUAYLINK_CALL OnDeviceNotification(const NotificationRecord* record) noexcept;
+void WINAPIV OnDeviceNotification(const NotificationRecord* record) noexcept;
 
 // The address of our copy of the device record: the device argument of every call into the phone
 // library.

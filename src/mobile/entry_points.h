@@ -3,9 +3,9 @@
 // what is a pointer or an opaque object there stays a pointer.
 #pragma once
 
-#include <quaylink/quaylink.h>
-
 #include <cstdint>
+
+#include "platform/windows_api.h"
 
 namespace quaylink {
 
@@ -26,14 +26,14 @@ struct AfcInformation;
 struct NotificationRecord {
   const void* deviceRecord;
 };
-using NotificationCallback = void(QUAYLINK_CALL*)(const NotificationRecord* record);
+using NotificationCallback = void(WINAPIV*)(const NotificationRecord* record);
 
 // A status of 0 is success. A device argument is the address of a device record; a path is
 // zero-terminated and "/"-separated.
 using Status = std::int32_t;
 
-using DeviceEntry = Status(QUAYLINK_CALL*)(void* device);
-using UnsubscribeEntry = Status(QUAYLINK_CALL*)(NotificationHandle subscription);
+using DeviceEntry = Status(WINAPIV*)(void* device);
+using UnsubscribeEntry = Status(WINAPIV*)(NotificationHandle subscription);
 
 inline constexpr std::uint64_t kOpenForReading = 2;
 
@@ -42,45 +42,42 @@ enum class PhoneLibrary { kCoreFoundation, kMobileDevice };
 // One slot for each entry point, named like it. A name that its library does not have leaves the
 // slot null.
 struct EntryPoints {
-  ServiceName*(QUAYLINK_CALL* cfStringCreateWithCString)(Allocator* allocator, const char* string,
-                                                         StringEncoding encoding) = nullptr;
-  Allocator*(QUAYLINK_CALL* cfAllocatorGetDefault)() = nullptr;
-  StringEncoding(QUAYLINK_CALL* cfStringGetSystemEncoding)() = nullptr;
+  ServiceName*(WINAPIV* cfStringCreateWithCString)(Allocator* allocator, const char* string,
+                                                   StringEncoding encoding) = nullptr;
+  Allocator*(WINAPIV* cfAllocatorGetDefault)() = nullptr;
+  StringEncoding(WINAPIV* cfStringGetSystemEncoding)() = nullptr;
 
-  Status(QUAYLINK_CALL* amDeviceNotificationSubscribe)(NotificationCallback callback,
-                                                       std::uint32_t zero1, std::uint32_t zero2,
-                                                       std::uint32_t zero3,
-                                                       NotificationHandle* subscription) = nullptr;
+  Status(WINAPIV* amDeviceNotificationSubscribe)(NotificationCallback callback, std::uint32_t zero1,
+                                                 std::uint32_t zero2, std::uint32_t zero3,
+                                                 NotificationHandle* subscription) = nullptr;
   DeviceEntry amDeviceConnect = nullptr;
   DeviceEntry amDeviceDisconnect = nullptr;
   DeviceEntry amDeviceStartSession = nullptr;
   DeviceEntry amDeviceStopSession = nullptr;
-  Status(QUAYLINK_CALL* amDeviceStartService)(void* device, ServiceName* name,
-                                              ServiceHandle* service,
-                                              std::uint32_t* word) = nullptr;
+  Status(WINAPIV* amDeviceStartService)(void* device, ServiceName* name, ServiceHandle* service,
+                                        std::uint32_t* word) = nullptr;
   DeviceEntry amDeviceIsPaired = nullptr;  // not a status: non-zero when paired
   DeviceEntry amDeviceValidatePairing = nullptr;
   DeviceEntry amDevicePair = nullptr;
 
-  Status(QUAYLINK_CALL* afcConnectionOpen)(ServiceHandle service, std::uint32_t zero,
-                                           AfcConnection* connection) = nullptr;
-  Status(QUAYLINK_CALL* afcConnectionClose)(AfcConnection connection) = nullptr;
-  Status(QUAYLINK_CALL* afcDirectoryOpen)(AfcConnection connection, const char* path,
-                                          AfcDirectory** directory) = nullptr;
-  Status(QUAYLINK_CALL* afcDirectoryClose)(void* null, AfcDirectory* directory) = nullptr;
-  Status(QUAYLINK_CALL* afcDirectoryRead)(void* null, AfcDirectory* directory,
-                                          const char** name) = nullptr;
-  Status(QUAYLINK_CALL* afcFileRefOpen)(AfcConnection connection, const char* path,
-                                        std::uint64_t mode, FileReference* reference) = nullptr;
-  Status(QUAYLINK_CALL* afcFileRefRead)(AfcConnection connection, FileReference reference,
-                                        void* buffer, std::uint32_t* length) = nullptr;
-  Status(QUAYLINK_CALL* afcFileRefClose)(AfcConnection connection,
-                                         FileReference reference) = nullptr;
-  Status(QUAYLINK_CALL* afcFileInfoOpen)(AfcConnection connection, const char* path,
-                                         AfcInformation** information) = nullptr;
-  Status(QUAYLINK_CALL* afcKeyValueRead)(AfcInformation* information, const char** key,
-                                         const char** value) = nullptr;
-  Status(QUAYLINK_CALL* afcKeyValueClose)(AfcInformation* information) = nullptr;
+  Status(WINAPIV* afcConnectionOpen)(ServiceHandle service, std::uint32_t zero,
+                                     AfcConnection* connection) = nullptr;
+  Status(WINAPIV* afcConnectionClose)(AfcConnection connection) = nullptr;
+  Status(WINAPIV* afcDirectoryOpen)(AfcConnection connection, const char* path,
+                                    AfcDirectory** directory) = nullptr;
+  Status(WINAPIV* afcDirectoryClose)(void* null, AfcDirectory* directory) = nullptr;
+  Status(WINAPIV* afcDirectoryRead)(void* null, AfcDirectory* directory,
+                                    const char** name) = nullptr;
+  Status(WINAPIV* afcFileRefOpen)(AfcConnection connection, const char* path, std::uint64_t mode,
+                                  FileReference* reference) = nullptr;
+  Status(WINAPIV* afcFileRefRead)(AfcConnection connection, FileReference reference, void* buffer,
+                                  std::uint32_t* length) = nullptr;
+  Status(WINAPIV* afcFileRefClose)(AfcConnection connection, FileReference reference) = nullptr;
+  Status(WINAPIV* afcFileInfoOpen)(AfcConnection connection, const char* path,
+                                   AfcInformation** information) = nullptr;
+  Status(WINAPIV* afcKeyValueRead)(AfcInformation* information, const char** key,
+                                   const char** value) = nullptr;
+  Status(WINAPIV* afcKeyValueClose)(AfcInformation* information) = nullptr;
 
   UnsubscribeEntry amDeviceNotificationUnsubscribe = nullptr;
 

@@ -30,6 +30,8 @@ namespace quaylink {
 // The names are those that Windows gives.
 // NOLINTBEGIN(readability-identifier-naming)
 
+#define WINAPIV  // cdecl, as every function is here
+
 // Types
 using BOOL = int;
 using BYTE = std::uint8_t;
