@@ -40,8 +40,8 @@
  *
  * @par Trust
  * What a database says is the device's word. A location may name any path, also one of another
- * computer, when the database was parsed without a detection before; on the disk road copy only
- * locations that begin with the player's drive letter and ":".
+ * computer, when the database was parsed before a detection found a player's drive; on the disk
+ * road copy only locations that begin with the player's drive letter and ":".
  *
  * @par Threads
  * The functions take no lock: call them from one thread at a time. The library starts no thread.
