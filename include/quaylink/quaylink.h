@@ -35,10 +35,13 @@
  * read-only or hidden file is read-only or hidden, too, and cannot be replaced by another copy as
  * long as the host has not cleared the mark.
  *
+ * A destination may be on the player's drive. CopyITunesDB and CopyFileFromIPod empty it before
+ * they copy: a file that is named as its own destination is lost.
+ *
  * @par Trust
  * What a database says is the device's word. A location may name any path, also one of another
- * computer, when the database was parsed without a detection before; on the disk road copy only
- * locations that begin with the player's drive letter and ":".
+ * computer, when the database was parsed before a detection found a player's drive; on the disk
+ * road copy only locations that begin with the player's drive letter and ":".
  *
  * @par Threads
  * The functions take no lock: call them from one thread at a time. The library starts no thread.
@@ -99,7 +102,7 @@ typedef struct TrackRecord {
   /**
    * Where the track's file is: a Windows path such as `F:\iPod_Control\Music\F05\ABCD.mp3` when the
    * last device detection before the parse found a player's drive, else a device path such as
-   * `/iPod_Control/Music/F05/ABCD.mp3`.
+   * `/iPod_Control/Music/F05/ABCD.mp3`. A detection while nothing is attached changes nothing.
    */
   char location[QUAYLINK_TEXT_SIZE];
   char artist[QUAYLINK_TEXT_SIZE]; /**< The track's artist, at byte 256 of the record. */
@@ -175,10 +178,11 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL DisconnectIPod(void);
 /**
  * Looks for an attached device and copies its music database to a local file. On a phone the whole
  * file system is listed to find it, a connection is opened when none is, and none is open
- * afterwards.
+ * afterwards. When no device is found, or the destination cannot be created, the connection stays
+ * as it was.
  *
- * @param destinationPath  local file, created or replaced, unless it is read-only; a failed copy
- *                         leaves it behind, empty or partial
+ * @param destinationPath  local file, created or replaced, unless it is read-only or hidden; a
+ *                         failed copy leaves it behind, empty or partial
  * @return 1 when the database was copied, else 0
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyITunesDB(const char* destinationPath);
@@ -203,13 +207,14 @@ QUAYLINK_EXPORT int32_t QUAYLINK_CALL ParseITunesDB(const char* databasePath, in
 
 /**
  * Copies the audio file of one track of the last successful parse to a local file. Looks for no
- * device: the road is the one of the last detection. On a phone a connection is opened when none
- * is, and none is open afterwards.
+ * device: the road is the mobile one when any detection has found a phone. On a phone a connection
+ * is opened when none is, and none is open afterwards. When recordIndex is out of range, or the
+ * destination cannot be created, the connection stays as it was.
  *
  * @param recordIndex      index of the track's record, from 0
- * @param destinationPath  local file, created or replaced, unless it is read-only; not touched
- *                         when recordIndex is out of range; a failed copy leaves it behind, empty
- *                         or partial
+ * @param destinationPath  local file, created or replaced, unless it is read-only or hidden; not
+ *                         touched when recordIndex is out of range; a failed copy leaves it behind,
+ *                         empty or partial
  * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile road.
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyFileFromIPod(uint32_t recordIndex,
@@ -239,11 +244,12 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool 
  * Copies any file of a device to a local file.
  *
  * @param autoConnect      true: look for a device, and on a phone open a connection when none is
- *                         and leave none open; false: use the connection that ConnectIPod opened
+ *                         and leave none open (when no device is found it stays as it was); false:
+ *                         use the connection that ConnectIPod opened
  * @param devicePath       path on the phone as EnumGenericFileFromIPod gives it; on the disk road
  *                         a Windows path on the player's drive
- * @param destinationPath  local file, created or replaced, unless it is read-only; a failed copy
- *                         may leave it behind
+ * @param destinationPath  local file, created or replaced, unless it is read-only or hidden; a
+ *                         failed copy may leave it behind
  * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile
  *         road. A phone's file of no bytes cannot be copied: 0.
  */

@@ -13,11 +13,12 @@
 // also name a character device.
 //
 // What differs from Windows: only ASCII letters lose their case; device names (CON, NUL), short
-// names, streams ("file:stream") and blanks or dots at the end of a name mean nothing special; a
-// drive's root lists "." and ".."; a path that begins with a backslash lies on C; read-only is the
-// only mark, and folders have none; an open file can be written, copied onto and removed; a copy
-// that fails midway leaves what is written; letters that the code page lacks become "?" and never
-// similar ones.
+// names, streams ("file:stream") and blanks or dots at the end of a name mean nothing special, nor
+// does a backslash behind a file's name; a drive's root lists "." and ".."; a path that begins with
+// a backslash lies on C, and one without a backslash behind its drive begins at the root; read-only
+// is the only mark, and folders have none; an open file can be written, copied onto and removed; a
+// copy that fails midway leaves what is written; letters that the code page lacks become "?" and
+// never similar ones.
 #pragma once
 
 #include <cstddef>
