@@ -1,13 +1,15 @@
-// What it costs to parse and to write a large database, compared with touching its bytes once.
+// What it costs to parse and to write a database, compared with touching its bytes once: reading
+// the file through a window of 64 KiB, which stays in the processor's cache, or copying its bytes.
 
 #include <benchmark/benchmark.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -24,16 +26,16 @@ namespace {
 using namespace quaylink;
 namespace fs = std::filesystem;
 
-constexpr std::uint32_t kTracks = 40'000;
-constexpr std::uint32_t kFewTracks = 10'000;
-constexpr std::uint32_t kManyTracks = 100'000;
+constexpr std::uint32_t kParsed[] = {2'000, 10'000, 40'000, 100'000};
+constexpr std::uint32_t kWritten = 40'000;
 
 // A generated database, as a file for as long as the program runs.
 class DatabaseFile {
  public:
   explicit DatabaseFile(std::uint32_t trackCount)
       : path_(fs::temp_directory_path() /
-              ("quaylink-bench-" + std::to_string(getpid()) + "-" + std::to_string(trackCount))) {
+              ("quaylink-bench-" + std::to_string(getpid()) + "-" + std::to_string(trackCount))),
+        trackCount_(trackCount) {
     const auto bytes = samples::WriteDatabase(samples::MakeLargeLibrary(trackCount));
     const LocalFile file(std::fopen(path_.c_str(), "wb"));
     std::fwrite(bytes.data(), 1, bytes.size(), file.get());
@@ -45,9 +47,11 @@ class DatabaseFile {
 
   const char* Path() const { return path_.c_str(); }
   std::size_t Size() const { return size_; }
+  std::uint32_t TrackCount() const { return trackCount_; }
 
  private:
   fs::path path_;
+  std::uint32_t trackCount_;
   std::size_t size_ = 0;
 };
 
@@ -58,8 +62,23 @@ std::unique_ptr<std::uint8_t[]> ReadWhole(const DatabaseFile& database) {
   return bytes;
 }
 
-void PlainRead(benchmark::State& state, const DatabaseFile& database) {
-  for (auto _ : state) benchmark::DoNotOptimize(ReadWhole(database).get());
+void WindowedRead(benchmark::State& state, const DatabaseFile& database) {
+  constexpr std::size_t kWindowSize = 64 * 1024;
+  const auto window = std::make_unique_for_overwrite<std::uint8_t[]>(kWindowSize);
+  for (auto _ : state) {
+    const LocalFile file(std::fopen(database.Path(), "rb"));
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    std::size_t size = 0;
+    while (const std::size_t got = std::fread(window.get(), 1, kWindowSize, file.get())) {
+      size += got;
+      benchmark::DoNotOptimize(window.get());
+    }
+    if (size != database.Size()) std::abort();
+  }
+}
+
+std::int32_t TakeRecords(const DatabaseFile& database, std::vector<TrackRecord>& records) {
+  return ParseITunesDB(database.Path(), static_cast<std::int32_t>(records.size()), records.data());
 }
 
 void CountingCall(benchmark::State& state, const DatabaseFile& database) {
@@ -84,27 +103,23 @@ void Collection(benchmark::State& state, const DatabaseFile& database) {
   }
 }
 
-// With a manager of its own for every call, so that nothing is warm from the call before.
-void FirstCall(benchmark::State& state, const DatabaseFile& database, std::uint32_t trackCount) {
-  for (auto _ : state) {
-    std::vector<TrackRecord> records(trackCount);
-    InitializeIPod();
-    benchmark::DoNotOptimize(
-        ParseITunesDB(database.Path(), static_cast<std::int32_t>(trackCount), records.data()));
-    TerminateIPod();
-  }
-}
-
 // As hosts do: the count first, which is not timed here, then the records.
-void FullCall(benchmark::State& state, const DatabaseFile& database, std::uint32_t trackCount) {
-  std::vector<TrackRecord> records(trackCount);
+void FullCall(benchmark::State& state, const DatabaseFile& database) {
+  std::vector<TrackRecord> records(database.TrackCount());
   InitializeIPod();
   ParseITunesDB(database.Path(), 0, nullptr);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        ParseITunesDB(database.Path(), static_cast<std::int32_t>(trackCount), records.data()));
-  }
+  for (auto _ : state) benchmark::DoNotOptimize(TakeRecords(database, records));
   TerminateIPod();
+}
+
+// With a manager of its own for every call, so that nothing is warm from the call before.
+void FirstCall(benchmark::State& state, const DatabaseFile& database) {
+  for (auto _ : state) {
+    std::vector<TrackRecord> records(database.TrackCount());
+    InitializeIPod();
+    benchmark::DoNotOptimize(TakeRecords(database, records));
+    TerminateIPod();
+  }
 }
 
 void CopyBytes(benchmark::State& state, const DatabaseFile& database) {
@@ -127,26 +142,34 @@ void Write(benchmark::State& state, const DatabaseFile& database) {
   }
 }
 
-// The peak memory in bytes of a process of its own that takes the records of the database.
-std::size_t PeakMemoryOfFullCall(const DatabaseFile& database) {
-  const std::string count = std::to_string(kTracks);
-  const pid_t child = fork();
-  if (child == 0) {
-    execl("/proc/self/exe", "database_bench", "--take-records", database.Path(), count.c_str(),
-          nullptr);
-    _exit(127);
-  }
-  int status = 0;
-  rusage usage{};
-  if (wait4(child, &status, 0, &usage) != child || status != 0) std::abort();
-  return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
+// The most memory in bytes that taking the records of the database adds to a process of its own,
+// the room for the records included.
+double PeakMemoryOfFullCall(const DatabaseFile& database) {
+  const std::string command = fs::read_symlink("/proc/self/exe").string() + " --take-records " +
+                              database.Path() + " " + std::to_string(database.TrackCount());
+  std::FILE* const output = popen(command.c_str(), "r");
+  long kilobytes = 0;
+  if (!output || std::fscanf(output, "%ld", &kilobytes) != 1 || pclose(output) != 0) std::abort();
+  return static_cast<double>(kilobytes) * 1024;
 }
 
-int TakeRecords(const char* path, const char* count) {
+// The most memory that this process has held so far, in kilobytes.
+long PeakMemory() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:" && status >> word) return std::stol(word);
+  }
+  std::abort();
+}
+
+int TakeRecordsAlone(const char* path, const char* count) {
+  const long before = PeakMemory();
   std::vector<TrackRecord> records(std::stoul(count));
   InitializeIPod();
   const auto wanted = static_cast<std::int32_t>(records.size());
-  return ParseITunesDB(path, wanted, records.data()) == wanted ? 0 : 1;
+  if (ParseITunesDB(path, wanted, records.data()) != wanted) return 1;
+  std::printf("%ld\n", PeakMemory() - before);
+  return 0;
 }
 
 // Prints as usual, and keeps the medians.
@@ -168,48 +191,52 @@ class MedianReporter : public benchmark::ConsoleReporter {
 
 int main(int argc, char** argv) {
   if (argc == 4 && std::strcmp(argv[1], "--take-records") == 0)
-    return TakeRecords(argv[2], argv[3]);
+    return TakeRecordsAlone(argv[2], argv[3]);
   benchmark::Initialize(&argc, argv);
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
 
-  const DatabaseFile database(kTracks);
-  const DatabaseFile few(kFewTracks);
-  const DatabaseFile many(kManyTracks);
-  const auto add = [](const char* name, auto function, auto&... arguments) {
-    benchmark::RegisterBenchmark(name, function, std::ref(arguments)...)
+  std::list<DatabaseFile> databases;
+  const auto add = [](const std::string& name, auto function, const DatabaseFile& database) {
+    benchmark::RegisterBenchmark((name + ", " + std::to_string(database.TrackCount())).c_str(),
+                                 function, std::ref(database))
         ->Unit(benchmark::kMillisecond)
         ->Repetitions(15)
         ->ReportAggregatesOnly();
   };
-  add("plain read", PlainRead, database);
-  add("counting call", CountingCall, database);
-  add("collection", Collection, database);
-  add("full call", FullCall, database, kTracks);
-  add("first call", FirstCall, database, kTracks);
-  add("full call, 10,000 tracks", FullCall, few, kFewTracks);
-  add("full call, 100,000 tracks", FullCall, many, kManyTracks);
-  add("memcpy", CopyBytes, database);
-  add("write", Write, database);
+  for (const std::uint32_t trackCount : kParsed) {
+    const DatabaseFile& database = databases.emplace_back(trackCount);
+    add("read", WindowedRead, database);
+    add("count", CountingCall, database);
+    add("collection", Collection, database);
+    add("records", FullCall, database);
+    add("first call", FirstCall, database);
+    if (trackCount != kWritten) continue;
+    add("memcpy", CopyBytes, database);
+    add("write", Write, database);
+  }
   MedianReporter reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
 
-  std::map<std::string, double>& median = reporter.medians;
-  const auto print = [](const char* what, double ratio, const char* unit) {
-    std::printf("%-46s %6.2f %s\n", what, ratio, unit);
+  const auto median = [&reporter](const std::string& name, std::uint32_t trackCount) {
+    return reporter.medians[name + ", " + std::to_string(trackCount)];
   };
-  std::printf("\n%u tracks, %.1f MB; medians of 15 runs\n", kTracks,
-              static_cast<double>(database.Size()) / 1e6);
-  print("ParseITunesDB, counting", median["counting call"] / median["plain read"], "plain reads");
-  print("Collection, every property of every track", median["collection"] / median["counting call"],
-        "counting calls");
-  print("ParseITunesDB, records", median["full call"] / median["plain read"], "plain reads");
-  print("ParseITunesDB, records, nothing warm", median["first call"] / median["plain read"],
-        "plain reads");
-  print("Write", median["write"] / median["memcpy"], "memcpys");
-  print("Cost of a track at 100,000 over 10,000",
-        median["full call, 100,000 tracks"] / median["full call, 10,000 tracks"] / 10, "");
-  print("Peak memory, records handed out",
-        static_cast<double>(PeakMemoryOfFullCall(database)) / static_cast<double>(database.Size()),
-        "times the file");
+  std::printf("\nMedians of 15 runs; times reading the file through a window of 64 KiB\n");
+  std::printf("%8s %8s %8s %8s %11s %12s\n", "tracks", "MB", "count", "records", "first call",
+              "peak memory");
+  for (const DatabaseFile& database : databases) {
+    const std::uint32_t tracks = database.TrackCount();
+    const double read = median("read", tracks);
+    std::printf("%8u %8.1f %8.1f %8.1f %11.1f %5.2f x file\n", tracks,
+                static_cast<double>(database.Size()) / 1e6, median("count", tracks) / read,
+                median("records", tracks) / read, median("first call", tracks) / read,
+                PeakMemoryOfFullCall(database) / static_cast<double>(database.Size()));
+  }
+  std::printf("Cost of a track at 100,000 over that at 10,000: %.2f\n",
+              median("records", 100'000) / median("records", 10'000) / 10);
+  std::printf(
+      "A collection of 40,000, every property of every track: %.2f times the counting call\n",
+      median("collection", 40'000) / median("count", 40'000));
+  std::printf("Writing %u tracks: %.2f times copying the bytes\n", kWritten,
+              median("write", kWritten) / median("memcpy", kWritten));
   return 0;
 }

@@ -6,7 +6,6 @@
 #include <array>
 #include <chrono>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 #include "mobile/mobile_device_bridge.h"
@@ -78,24 +77,22 @@ Status QUAYLINK_CALL CloseInformation(AfcInformation*) {
   return 0;
 }
 
+PhoneLibraries LibrariesOfPhone() {
+  PhoneLibraries libraries;
+  libraries.areLoaded = true;
+  libraries.entryPoints.afcDirectoryOpen = OpenDirectory;
+  libraries.entryPoints.afcDirectoryRead = ReadDirectory;
+  libraries.entryPoints.afcDirectoryClose = CloseDirectory;
+  libraries.entryPoints.afcFileInfoOpen = OpenInformation;
+  libraries.entryPoints.afcKeyValueRead = ReadKeyValue;
+  libraries.entryPoints.afcKeyValueClose = CloseInformation;
+  return libraries;
+}
+
 // A bridge that is connected to the phone above.
 class Bench : public benchmark::Fixture {
  public:
-  Bench() {
-    bridge.coreFoundationModule = Handle<std::remove_pointer_t<HMODULE>>();
-    bridge.mobileDeviceModule = bridge.coreFoundationModule;
-    bridge.afcConnection = 1;
-    bridge.entryPoints.afcDirectoryOpen = OpenDirectory;
-    bridge.entryPoints.afcDirectoryRead = ReadDirectory;
-    bridge.entryPoints.afcDirectoryClose = CloseDirectory;
-    bridge.entryPoints.afcFileInfoOpen = OpenInformation;
-    bridge.entryPoints.afcKeyValueRead = ReadKeyValue;
-    bridge.entryPoints.afcKeyValueClose = CloseInformation;
-  }
-  ~Bench() override {
-    bridge.coreFoundationModule = nullptr;
-    bridge.mobileDeviceModule = nullptr;
-  }
+  Bench() { bridge.afcConnection = 1; }
 
   std::size_t ListAll() {
     std::vector<std::string> folders;
@@ -107,7 +104,7 @@ class Bench : public benchmark::Fixture {
 
   // The calls into the phone that ListAll makes, without anything around them.
   void OnlyAsk() {
-    const EntryPoints& e = bridge.entryPoints;
+    const EntryPoints& e = bridge.libraries.entryPoints;
     for (int pass = 0; pass < 2; ++pass) {
       for (int folder = 0; folder <= kFolders; ++folder) {
         AfcDirectory* directory = nullptr;
@@ -115,7 +112,7 @@ class Bench : public benchmark::Fixture {
         for (;;) {
           const char* name = nullptr;
           e.afcDirectoryRead(nullptr, directory, &name);
-          if (name == nullptr) break;
+          if (!name) break;
           AfcInformation* information = nullptr;
           e.afcFileInfoOpen(1, name, &information);
           const char* key = nullptr;
@@ -123,7 +120,7 @@ class Bench : public benchmark::Fixture {
           do {
             e.afcKeyValueRead(information, &key, &value);
             benchmark::DoNotOptimize(value);
-          } while (key != nullptr);
+          } while (key);
           e.afcKeyValueClose(information);
         }
         e.afcDirectoryClose(nullptr, directory);
@@ -131,7 +128,7 @@ class Bench : public benchmark::Fixture {
     }
   }
 
-  MobileDeviceBridge bridge;
+  MobileDeviceBridge bridge{LibrariesOfPhone()};
 };
 
 double SecondsSince(std::chrono::steady_clock::time_point start) {

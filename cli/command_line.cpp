@@ -28,8 +28,8 @@ std::pair<CLI::App&, Options&> Add(CLI::App& app, Command& chosen, const char* n
 }
 
 // An argument that is there but empty comes from a variable that is not set, and means nothing.
-std::string RefuseEmpty(const std::string& text) {
-  return text.empty() ? "must not be empty" : "";
+std::string RefuseEmpty(const std::string& string) {
+  return string.empty() ? "must not be empty" : "";
 }
 
 void AddDestination(CLI::App& command, CopyOptions& options) {
@@ -42,8 +42,8 @@ void AddDestination(CLI::App& command, CopyOptions& options) {
 }
 
 void AddFilterOptions(CLI::App& command, TrackFilter& filter) {
-  const auto add = [&command](const char* name, std::string& text, const char* description) {
-    command.add_option(name, text, description)->type_name("TEXT")->group("Which tracks");
+  const auto add = [&command](const char* name, std::string& string, const char* description) {
+    command.add_option(name, string, description)->type_name("TEXT")->group("Which tracks");
   };
   add("--artist", filter.artist, "Only tracks whose artist holds TEXT");
   add("--album", filter.album, "Only tracks whose album holds TEXT");
@@ -51,16 +51,16 @@ void AddFilterOptions(CLI::App& command, TrackFilter& filter) {
 }
 
 void AddSortOptions(CLI::App& command, TracksOptions& options) {
-  const auto parse = [&options](const std::string& text) {
+  const auto parse = [&options](const std::string& string) {
     static const std::map<std::string, SortKey> kKeys = {{"index", SortKey::kIndex},
                                                          {"artist", SortKey::kArtist},
                                                          {"album", SortKey::kAlbum},
                                                          {"title", SortKey::kTitle},
                                                          {"location", SortKey::kLocation}};
-    const auto found = kKeys.find(text);
+    const auto found = kKeys.find(string);
     if (found == kKeys.end()) {
       throw CLI::ValidationError(
-          "--sort", "'" + text + "' is none of index, artist, album, title and location");
+          "--sort", "'" + string + "' is none of index, artist, album, title and location");
     }
     options.sort = found->second;
   };
@@ -213,10 +213,10 @@ Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
     std::reverse(arguments.begin(), arguments.end());
     app.parse(std::move(arguments));
   } catch (const CLI::Success& request) {
-    std::ostringstream text;
-    app.exit(request, text);
-    return [text = text.str()](const Program& asked) {
-      asked.Print(text);
+    std::ostringstream string;
+    app.exit(request, string);
+    return [string = string.str()](const Program& asked) {
+      asked.Print(string);
       return kSuccess;
     };
   } catch (const CLI::ParseError& error) {

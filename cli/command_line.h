@@ -12,9 +12,9 @@ namespace quaylink::cli {
 // Gives the program's exit status, or throws a Failure.
 using Command = std::function<int(const Program&)>;
 
-// The command that the arguments ask for, its options taken in; what
-// they say for every command goes into `program`. Where they only
-// ask for help, the command prints that. Fails where they are wrong.
+// The command that the arguments ask for, its options taken in; what they say for every command
+// goes into `program`. Where they only ask for help, the command prints that. Fails where they are
+// wrong.
 Command ReadCommandLine(std::vector<std::string> arguments, Program& program);
 
 }  // namespace quaylink::cli

@@ -1,5 +1,5 @@
-// The program's commands and what each can be told. Each
-// returns the program's exit status, or throws a Failure.
+// The program's commands and what each can be told. Each returns the program's exit status, or
+// throws a Failure.
 #pragma once
 
 #include <cstdint>

@@ -85,6 +85,7 @@ void Exporter::MakeFolder() const {
   std::error_code error;
   fs::create_directories(report_.folder, error);
   if (error) throw Failure(NoFolder(report_.folder, error));
+  RemovePart(report_.folder / "");
 }
 
 // A copy gets its final name only when it is whole.

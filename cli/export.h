@@ -1,5 +1,5 @@
-// The export of tracks: copies what is missing, shows how
-// far it is, and tells in the end what became of each.
+// The export of tracks: copies what is missing, shows how far it is, and tells in the end what
+// became of each.
 #pragma once
 
 #include <cstddef>

@@ -38,9 +38,9 @@ class UnfinishedFile {
 };
 
 CopyResult LocalProblem(const std::string& name, const std::error_code& error) {
-  const std::string text = name + ": cannot be written: " + ReasonOf(error);
+  const std::string string = name + ": cannot be written: " + ReasonOf(error);
   const bool full = error == std::errc::no_space_on_device;
-  return {full ? text + "; free some space and run again" : text, full};
+  return {full ? string + "; free some space and run again" : string, full};
 }
 
 std::error_code CreateEmpty(const fs::path& file) {
@@ -51,10 +51,10 @@ std::error_code CreateEmpty(const fs::path& file) {
                     : std::make_error_code(std::errc::io_error);
 }
 
-// What the user may want to know when the reason of a
-// failure cannot be told: that little space is left.
+// What the user may want to know when the reason of a failure cannot be told: that little space is
+// left.
 std::string SpaceHint(const fs::path& file) {
-  constexpr std::uintmax_t kLittle = 64U << 20U;
+  constexpr std::uintmax_t kLittle = 64u << 20u;
   std::error_code error;
   const fs::space_info space =
       fs::space(file.parent_path().empty() ? "." : file.parent_path(), error);
@@ -63,7 +63,6 @@ std::string SpaceHint(const fs::path& file) {
 }
 
 CopyResult Check(const CopyJob& job, const fs::path& file, const std::string& name) {
-  MakeOrdinary(file);
   if (const auto error = TryToGrowAndFlush(file, job.noticesWriteErrors ? 0 : kBlockSize)) {
     return LocalProblem(name, error);
   }
@@ -77,8 +76,9 @@ CopyResult Check(const CopyJob& job, const fs::path& file, const std::string& na
   return {};
 }
 
-// Copies to a file that messages call by the given name.
-CopyResult CopyTo(const CopyJob& job, const fs::path& file, const std::string& name) {
+// Copies to a file, which then gets its final name. Messages call it by that.
+CopyResult CopyTo(const CopyJob& job, const fs::path& file, const fs::path& finalName) {
+  const std::string name = Shown(finalName);
   const std::optional<std::string> localPath = LocalPathForLibrary(file);
   if (!localPath) {
     return {LacksCharacter(name), false};
@@ -86,48 +86,56 @@ CopyResult CopyTo(const CopyJob& job, const fs::path& file, const std::string& n
   // The library tells no reasons: whether the destination can be written shows beforehand.
   if (const auto error = CreateEmpty(file)) return LocalProblem(name, error);
   UnfinishedFile unfinished(file);
-  if (!job.copy(localPath->c_str())) {
-    std::error_code error;
-    if (fs::exists(file, error)) {
-      MakeOrdinary(file);
-      error = TryToGrowAndFlush(file, kBlockSize);
-      if (error) return LocalProblem(name, error);
-    }
+  std::error_code ignored;
+  const fs::perms ordinary = fs::status(file, ignored).permissions();
+  const bool copied = job.copy(localPath->c_str());
+  MakeOrdinary(file, ordinary);
+  if (!copied) {
+    const bool exists = fs::exists(file, ignored);
+    const std::error_code refused =
+        exists ? TryToGrowAndFlush(file, kBlockSize) : std::error_code();
+    if (refused) return LocalProblem(name, refused);
     return {job.readProblem + SpaceHint(file), false};
   }
   CopyResult result = Check(job, file, name);
-  if (result.Good()) unfinished.Keep();
-  return result;
+  if (!result.Good()) return result;
+  std::error_code error;
+  if (file != finalName) fs::rename(file, finalName, error);
+  if (error) return LocalProblem(name, error);
+  unfinished.Keep();
+  return {};
+}
+
+fs::path PartOf(const fs::path& destination) {
+  fs::path part = destination;
+  return part += kPartSuffix;
 }
 
 }  // namespace
 
 CopyResult CopyChecked(const CopyJob& job, const fs::path& file) {
-  return CopyTo(job, file, Shown(file));
+  return CopyTo(job, file, file);
 }
 
 CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
-  const std::string name = Shown(destination);
   std::error_code error;
   if (fs::exists(destination, error) && !fs::is_regular_file(destination, error)) {
-    return {name + ": is there already, and is no ordinary file", false};
+    return {Shown(destination) + ": is there already, and is no ordinary file", false};
   }
-  fs::path part = destination;
-  part += kPartSuffix;
-  CopyResult result = CopyTo(job, part, name);
-  if (!result.Good()) return result;
-  fs::rename(part, destination, error);
-  if (!error) return {};
+  RemovePart(destination);
+  return CopyTo(job, PartOf(destination), destination);
+}
+
+void RemovePart(const fs::path& destination) {
+  const fs::path part = PartOf(destination);
   std::error_code ignored;
-  fs::remove(part, ignored);
-  return LocalProblem(name, error);
+  if (!fs::is_directory(fs::symlink_status(part, ignored))) fs::remove(part, ignored);
 }
 
 bool TakesFiles(const fs::path& folder) {
-  const fs::path probe = folder / kPartSuffix;
-  const bool made = std::ofstream(probe).is_open();
-  std::error_code ignored;
-  fs::remove(probe, ignored);
+  const fs::path nameless = folder / "";
+  const bool made = std::ofstream(PartOf(nameless)).is_open();
+  RemovePart(nameless);
   return made;
 }
 
@@ -140,9 +148,9 @@ std::string ShownSize(std::uintmax_t bytes) {
     size /= 1000;
     ++unit;
   }
-  std::array<char, 32> text = {};
-  std::snprintf(text.data(), text.size(), "%.1f %s", size, kUnits[unit]);
-  return text.data();
+  std::array<char, 32> string = {};
+  std::snprintf(string.data(), string.size(), "%.1f %s", size, kUnits[unit]);
+  return string.data();
 }
 
 }  // namespace quaylink::cli

@@ -34,7 +34,11 @@ inline constexpr std::string_view kPartSuffix = ".quaylink-part";
 // the destination is replaced by a whole copy or not at all.
 CopyResult CopyBeside(const CopyJob& job, const std::filesystem::path& destination);
 
-// Whether new files can be made in a folder at all.
+// Removes what a run that was killed has left of a copy to that destination.
+void RemovePart(const std::filesystem::path& destination);
+
+// Whether new files can be made in a folder at all. A run that is killed here leaves the part of a
+// copy without a name.
 bool TakesFiles(const std::filesystem::path& folder);
 
 // A size for people: "3.4 MB".

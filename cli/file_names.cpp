@@ -21,14 +21,14 @@ constexpr std::size_t kLongestName = 69;
 constexpr std::size_t kLongestPath = 160;
 constexpr std::size_t kLongestExtension = 8;
 
-std::size_t UnitsOf(std::u32string_view text) {
+std::size_t UnitsOf(std::u32string_view string) {
   return std::accumulate(
-      text.begin(), text.end(), std::size_t{0},
+      string.begin(), string.end(), std::size_t{0},
       [](std::size_t sum, char32_t character) { return sum + (character > 0xFFFF ? 2 : 1); });
 }
 
-std::size_t UnitsOf(std::string_view text) {
-  return UnitsOf(Decode(text));
+std::size_t UnitsOf(std::string_view string) {
+  return UnitsOf(Decode(string));
 }
 
 bool IsReserved(char32_t character) {
@@ -92,14 +92,14 @@ std::string StemOf(std::string_view name) {
   return std::string(dot == 0 ? name : name.substr(0, dot));
 }
 
-const std::string& FirstWithText(const std::string& text, const std::string& substitute) {
-  return text.find_first_not_of(' ') == std::string::npos ? substitute : text;
+const std::string& FirstWithString(const std::string& string, const std::string& substitute) {
+  return string.find_first_not_of(' ') == std::string::npos ? substitute : string;
 }
 
 }  // namespace
 
-std::string SafeName(std::string_view text) {
-  std::u32string characters = Decode(text);
+std::string SafeName(std::string_view string) {
+  std::u32string characters = Decode(string);
   for (char32_t& character : characters) {
     if (IsReserved(character)) character = U'_';
   }
@@ -119,7 +119,7 @@ std::string SafeFileName(std::string_view name) {
   return SafeName(stem) + ExtensionOf(name);
 }
 
-NamePattern::NamePattern(std::string_view text) {
+NamePattern::NamePattern(std::string_view string) {
   components_.emplace_back();
   std::string literal;
   const auto endLiteral = [&] {
@@ -132,16 +132,16 @@ NamePattern::NamePattern(std::string_view text) {
       throw std::invalid_argument("there is a folder or file without a name in it");
     }
   };
-  for (std::size_t position = 0; position < text.size(); ++position) {
-    const char character = text[position];
+  for (std::size_t position = 0; position < string.size(); ++position) {
+    const char character = string[position];
     if (character == '/' || character == '\\') {
       endComponent();
       components_.emplace_back();
     } else if (character == '{') {
-      const std::size_t end = text.find('}', position);
+      const std::size_t end = string.find('}', position);
       if (end == std::string_view::npos) throw std::invalid_argument("a \"{\" has no \"}\"");
       endLiteral();
-      components_.back().push_back(PropertyCalled(text.substr(position + 1, end - position - 1)));
+      components_.back().push_back(PropertyCalled(string.substr(position + 1, end - position - 1)));
       position = end;
     } else {
       literal += character;
@@ -170,15 +170,15 @@ std::vector<std::string> NamePattern::ComponentsFor(const Track& track) const {
   const auto valueOf = [&](const Piece& piece) -> std::string {
     switch (piece.kind) {
       case Piece::Kind::kArtist:
-        return FirstWithText(track.artist, "Unknown Artist");
+        return FirstWithString(track.artist, "Unknown Artist");
       case Piece::Kind::kAlbum:
-        return FirstWithText(track.album, "Unknown Album");
+        return FirstWithString(track.album, "Unknown Album");
       case Piece::Kind::kTitle:
-        return FirstWithText(track.title, FirstWithText(stem, "Untitled"));
+        return FirstWithString(track.title, FirstWithString(stem, "Untitled"));
       case Piece::Kind::kIndex:
         return std::to_string(track.index);
       case Piece::Kind::kFile:
-        return FirstWithText(stem, "Untitled");
+        return FirstWithString(stem, "Untitled");
       case Piece::Kind::kLiteral:
         break;
     }

@@ -12,7 +12,7 @@ namespace quaylink::cli {
 
 // One component of a path: reserved characters and names replaced, dots and spaces at the ends
 // dropped, never empty, never ending as the name of an unfinished copy does (kPartSuffix).
-std::string SafeName(std::string_view text);
+std::string SafeName(std::string_view string);
 
 // The same for a file's own name, whose extension stays when the name is cut.
 std::string SafeFileName(std::string_view name);
@@ -24,10 +24,10 @@ class NamePattern {
   static constexpr std::string_view kDefault = "{artist}/{album}/{title}";
 
   // Fails with std::invalid_argument, whose message tells what is wrong with the pattern.
-  explicit NamePattern(std::string_view text);
+  explicit NamePattern(std::string_view string);
 
-  // The folders of a track's path and, last, its file's
-  // name without the extension. Every component is safe.
+  // The folders of a track's path and, last, its file's name without the extension. Every component
+  // is safe.
   std::vector<std::string> ComponentsFor(const Track& track) const;
 
  private:

@@ -11,7 +11,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-std::string Text(const Json& value) {
+std::string Printed(const Json& value) {
   return value.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
@@ -37,9 +37,9 @@ const char* FateName(Fate fate, bool planned) {
 
 std::string StatusJson(DeviceKind kind, bool reachable) {
   const bool attached = kind != DeviceKind::kNone;
-  return Text({{"attached", attached},
-               {"reachable", reachable},
-               {"kind", attached ? Json(KindName(kind)) : Json()}});
+  return Printed({{"attached", attached},
+                  {"reachable", reachable},
+                  {"kind", attached ? Json(KindName(kind)) : Json()}});
 }
 
 std::string TrackJson(const std::vector<Track>& tracks) {
@@ -51,13 +51,13 @@ std::string TrackJson(const std::vector<Track>& tracks) {
                     {"title", track.title},
                     {"album", track.album}});
   }
-  return Text(list);
+  return Printed(list);
 }
 
 std::string FilesJson(const std::vector<std::string>& files) {
   Json list = Json::array();
   for (const std::string& file : files) list.push_back(MakeValid(file));
-  return Text(list);
+  return Printed(list);
 }
 
 std::string ExportJson(const ExportReport& report) {
@@ -68,17 +68,17 @@ std::string ExportJson(const ExportReport& report) {
                   {"album", item.track.album},
                   {"title", item.track.title},
                   {"location", item.track.location},
-                  {"file", TextOf(report.FileOf(item))},
+                  {"file", Utf8Of(report.FileOf(item))},
                   {"result", FateName(item.fate, report.planned)}};
     if (!item.problem.empty()) track["error"] = item.problem;
     tracks.push_back(std::move(track));
   }
-  return Text({{"copied", report.Count(Fate::kCopied)},
-               {"skipped", report.Count(Fate::kSkipped)},
-               {"failed", report.Count(Fate::kFailed)},
-               {report.planned ? "planned" : "notReached", report.Count(Fate::kPending)},
-               {"bytes", report.copiedBytes},
-               {"tracks", std::move(tracks)}});
+  return Printed({{"copied", report.Count(Fate::kCopied)},
+                  {"skipped", report.Count(Fate::kSkipped)},
+                  {"failed", report.Count(Fate::kFailed)},
+                  {report.planned ? "planned" : "notReached", report.Count(Fate::kPending)},
+                  {"bytes", report.copiedBytes},
+                  {"tracks", std::move(tracks)}});
 }
 
 }  // namespace quaylink::cli

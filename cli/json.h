@@ -1,4 +1,4 @@
-// What the commands print for other programs: JSON texts, each with a newline at its end.
+// What the commands print for other programs: JSON, with a newline at its end.
 #pragma once
 
 #include <string>

@@ -12,8 +12,10 @@
 #include <system_error>
 
 #include "cli/paths.h"
+#include "cli/player_drive.h"
 #include "cli/progress.h"
 #include "cli/system.h"
+#include "cli/temporary_file.h"
 
 namespace quaylink::cli {
 namespace {
@@ -36,7 +38,7 @@ std::string ProblemWith(const fs::path& file, bool hasTracks) {
   // The header's third word is the size of the whole file, low byte first.
   std::uintmax_t stated = 0;
   for (std::size_t i = 12; i-- > 8;) {
-    stated = (stated << 8U) | static_cast<unsigned char>(header[i]);
+    stated = (stated << 8u) | static_cast<unsigned char>(header[i]);
   }
   const std::uintmax_t size = fs::file_size(file, error);
   const bool whole = hasTracks ? size >= stated : size == stated;
@@ -69,39 +71,6 @@ void QUAYLINK_CALL AddFile(const char* devicePath, void* context) {
   }
 }
 
-// A file of the system's temporary folder, removed with this object or by Ctrl-C.
-class TemporaryFile {
- public:
-  TemporaryFile() {
-    try {
-      path_ = CreateTemporaryFile();
-    } catch (const fs::filesystem_error& error) {
-      throw Failure("no temporary file can be made: " + ReasonOf(error.code()));
-    }
-    if (!LocalPathForLibrary(path_)) {
-      Remove();
-      throw Failure(Shown(path_.parent_path()) +
-                    ": this system's code page lacks a character of the temporary folder's name; "
-                    "set TMP to another folder");
-    }
-  }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() {
-    SetRemovedOnInterrupt({});
-    Remove();
-  }
-  const fs::path& Path() const { return path_; }
-
- private:
-  void Remove() const {
-    std::error_code ignored;
-    fs::remove(path_, ignored);
-  }
-
-  fs::path path_;
-};
-
 }  // namespace
 
 std::string AdviceFor(DeviceKind kind) {
@@ -113,6 +82,8 @@ std::string AdviceFor(DeviceKind kind) {
 }
 
 Library::Library(const Program& program) : program_(program) {
+  const std::string problem = ProblemWithEnvironment();
+  if (!problem.empty()) throw Failure(problem);
   if (InitializeIPod() == 0) throw Failure("there is not enough memory");
 }
 
@@ -123,8 +94,8 @@ Library::~Library() {
 
 DeviceKind Library::FindDevice() {
   if (IsIPodConnected() == 0) return kind_ = DeviceKind::kNone;
-  // While no connection is open, only a player in disk
-  // mode lets itself be listed: it has nothing to list.
+  // While no connection is open, only a player in disk mode lets itself be listed: it has nothing
+  // to list.
   Listing listing;
   const bool listed = EnumGenericFileFromIPod(0, AddFile, &listing) != 0;
   return kind_ = listed ? DeviceKind::kDisk : DeviceKind::kPhone;
@@ -149,6 +120,7 @@ CopyJob Library::DatabaseJob() const {
           : "the player's music database could not be copied. Has music been put on the "
             "player, and is it still mounted?";
   job.copy = [this](const char* localPath) {
+    if (kind_ == DeviceKind::kDisk && !IsPlayersDatabaseOrdinary()) return false;
     const Spinner spinner("Looking for the music database on the phone", ShowsSpinner());
     return CopyITunesDB(localPath) != 0;
   };
@@ -161,7 +133,7 @@ CopyJob Library::TrackJob(const Track& track) const {
   job.copy = [this, track](const char* localPath) {
     // For a phone CopyFileFromIPod would open and close a connection for each track.
     if (kind_ == DeviceKind::kPhone) return CopyFromPhone(track.source, localPath);
-    return CopyFileFromIPod(track.index, localPath) != 0;
+    return IsOrdinaryFileOfDrive(track.source) && CopyFileFromIPod(track.index, localPath) != 0;
   };
   return job;
 }
@@ -171,7 +143,8 @@ CopyJob Library::FileJob(const std::string& devicePath) const {
   job.copy = [this, devicePath](const char* localPath) {
     if (kind_ == DeviceKind::kPhone) return CopyFromPhone(devicePath, localPath);
     const std::optional<std::string> path = ToLibrary(devicePath);
-    return path && CopyGenericFileFromIPod(0, path->c_str(), localPath) != 0;
+    return path && IsOrdinaryFileOfDrive(*path) &&
+           CopyGenericFileFromIPod(0, path->c_str(), localPath) != 0;
   };
   return job;
 }
@@ -179,6 +152,12 @@ CopyJob Library::FileJob(const std::string& devicePath) const {
 Database Library::ReadDatabase(const fs::path& file, const std::string& name) const {
   const std::optional<std::string> path = LocalPathForLibrary(file);
   if (!path) throw Failure(LacksCharacter(name));
+  std::error_code error;
+  // The library would wait for what a pipe or a device may never give.
+  if (fs::exists(file, error) && !fs::is_regular_file(file, error) &&
+      !fs::is_directory(file, error)) {
+    throw Failure(name + ": is no ordinary file");
+  }
   const int32_t count = ParseITunesDB(path->c_str(), 0, nullptr);
   std::vector<TrackRecord> records(static_cast<std::size_t>(std::max(count, 0)));
   if (count > 0)
@@ -202,7 +181,7 @@ Database Library::ReadDeviceDatabase() const {
   const TemporaryFile file;
   const CopyResult result = CopyChecked(DatabaseJob(), file.Path());
   if (!result.Good()) throw Failure(result.problem);
-  SetRemovedOnInterrupt(file.Path());
+  file.RemoveOnInterrupt();
   return ReadDatabase(file.Path(), "the device's music database");
 }
 

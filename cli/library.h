@@ -18,8 +18,8 @@ std::string AdviceFor(DeviceKind kind);
 
 struct Database {
   std::vector<Track> tracks;
-  // What is wrong with the database although it gave
-  // these tracks: a message, empty when it seems whole.
+  // What is wrong with the database although it gave these tracks: a message, empty when it seems
+  // whole.
   std::string problem;
 };
 
@@ -41,8 +41,8 @@ class Library {
   CopyJob DatabaseJob() const;
   // The track must be of the last database read.
   CopyJob TrackJob(const Track& track) const;
-  // Copies any file of the device: on a phone a path as
-  // ListFiles gives it, else a path on the player's drive.
+  // Copies any file of the device: on a phone a path as ListFiles gives it, else a path on the
+  // player's drive.
   CopyJob FileJob(const std::string& devicePath) const;
 
   // Reads a local database; fails, when it gives no tracks and is not whole, with a message that

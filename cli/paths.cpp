@@ -5,17 +5,17 @@
 
 namespace quaylink::cli {
 
-std::filesystem::path PathOf(std::string_view text) {
-  return std::u8string(text.begin(), text.end());
+std::filesystem::path PathOf(std::string_view string) {
+  return std::u8string(string.begin(), string.end());
 }
 
-std::string TextOf(const std::filesystem::path& path) {
-  const std::u8string text = path.u8string();
-  return MakeValid(std::string(text.begin(), text.end()));
+std::string Utf8Of(const std::filesystem::path& path) {
+  const std::u8string string = path.u8string();
+  return MakeValid(std::string(string.begin(), string.end()));
 }
 
 std::string Shown(const std::filesystem::path& path) {
-  return MakePrintable(TextOf(path));
+  return MakePrintable(Utf8Of(path));
 }
 
 std::string ReasonOf(const std::error_code& error) {

@@ -1,4 +1,4 @@
-// Local paths and their texts in UTF-8.
+// Local paths, and how they are spelled in UTF-8.
 #pragma once
 
 #include <filesystem>
@@ -8,10 +8,10 @@
 
 namespace quaylink::cli {
 
-std::filesystem::path PathOf(std::string_view text);
+std::filesystem::path PathOf(std::string_view string);
 
-// The path itself, but for what is no text in it.
-std::string TextOf(const std::filesystem::path& path);
+// The path itself, but for bytes that are no UTF-8.
+std::string Utf8Of(const std::filesystem::path& path);
 
 // The path as messages show it.
 std::string Shown(const std::filesystem::path& path);

@@ -4,8 +4,8 @@
 
 namespace quaylink::cli {
 
-void Program::Print(std::string_view text) const {
-  if (!Write(Stream::kOutput, text)) {
+void Program::Print(std::string_view string) const {
+  if (!Write(Stream::kOutput, string)) {
     throw Failure("the output could not be written; is there space left where it goes?");
   }
 }

@@ -28,8 +28,8 @@ struct Program {
   bool quiet = false;
   bool verbose = false;
 
-  // Writes to the standard output; fails when it cannot take the text.
-  void Print(std::string_view text) const;
+  // Writes to the standard output; fails when that cannot take the string.
+  void Print(std::string_view string) const;
   // An error, on the standard error stream.
   void Complain(std::string_view message) const;
   // Something good to know, on the standard error stream; not for a quiet program.

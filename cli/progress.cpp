@@ -3,8 +3,8 @@
 #include <chrono>
 #include <utility>
 
+#include "cli/display_width.h"
 #include "cli/system.h"
-#include "cli/text_width.h"
 
 namespace quaylink::cli {
 namespace {
@@ -20,7 +20,7 @@ void Erase() {
 
 }  // namespace
 
-Spinner::Spinner(std::string text, bool shown) : text_(std::move(text)) {
+Spinner::Spinner(std::string string, bool shown) : string_(std::move(string)) {
   if (shown) thread_ = std::thread([this] { Turn(); });
 }
 
@@ -42,19 +42,19 @@ void Spinner::Turn() {
   std::unique_lock lock(mutex_);
   for (std::size_t frame = 0; !isEnding_; ++frame) {
     const auto gone = std::chrono::duration_cast<std::chrono::seconds>(steady_clock::now() - begin);
-    Redraw(std::string(1, kFrames[frame % kFrames.size()]) + ' ' + text_ + "  " +
+    Redraw(std::string(1, kFrames[frame % kFrames.size()]) + ' ' + string_ + "  " +
            std::to_string(gone.count()) + " s");
     ended_.wait_for(lock, std::chrono::milliseconds(125));
   }
 }
 
-void ProgressBar::Show(std::size_t done, std::string_view text) {
+void ProgressBar::Show(std::size_t done, std::string_view string) {
   if (!shown_) return;
   constexpr std::size_t kCells = 24;
   const std::size_t filled = total_ == 0 ? kCells : done * kCells / total_;
   std::string line = '[' + std::string(filled, '#') + std::string(kCells - filled, '.') + "] ";
   line += std::to_string(done) + '/' + std::to_string(total_) + "  ";
-  line += text;
+  line += string;
   Redraw(line);
   drawn_ = true;
 }

@@ -13,7 +13,7 @@ namespace quaylink::cli {
 // Turns on the error stream, with the seconds gone, while one long call is under way.
 class Spinner {
  public:
-  Spinner(std::string text, bool shown);
+  Spinner(std::string string, bool shown);
   ~Spinner();
   Spinner(const Spinner&) = delete;
   Spinner& operator=(const Spinner&) = delete;
@@ -21,7 +21,7 @@ class Spinner {
  private:
   void Turn();
 
-  std::string text_;
+  std::string string_;
   std::mutex mutex_;
   std::condition_variable ended_;
   bool isEnding_ = false;
@@ -37,7 +37,7 @@ class ProgressBar {
   ProgressBar& operator=(const ProgressBar&) = delete;
 
   // Shows that so many steps are done and what the next one works on.
-  void Show(std::size_t done, std::string_view text);
+  void Show(std::size_t done, std::string_view string);
   // Makes room for other lines.
   void Clear();
 

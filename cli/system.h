@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -22,33 +23,46 @@ enum class Stream { kOutput, kError };
 // The program's arguments in UTF-8, without its name.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-// Makes the output streams take texts as they are.
+// Makes the output streams take strings as they are.
 void PrepareOutput();
 bool IsTerminal(Stream stream);
 // True on a terminal that shows colours to a user who has not forbidden them (NO_COLOR).
 bool ShowsColours(Stream stream);
 // Columns of the terminal, 80 when it does not tell.
 std::size_t TerminalWidth(Stream stream);
-// Writes a UTF-8 text; false when it could not be written whole.
-bool Write(Stream stream, std::string_view text);
+// Writes a UTF-8 string; false when it could not be written whole.
+bool Write(Stream stream, std::string_view string);
 
-// A text or local path that the library or the system hands out, in UTF-8, and valid.
-std::string FromLibrary(std::string_view text);
-// A text as the library takes it; nothing when the system's code page lacks a character of it.
-std::optional<std::string> ToLibrary(std::string_view text);
+// A string or local path that the library or the system hands out, in UTF-8, and valid.
+std::string FromLibrary(std::string_view string);
+// A string as the library takes it; nothing when the system's code page lacks a character of it.
+std::optional<std::string> ToLibrary(std::string_view string);
 // The same for a path on this computer.
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path);
 
-// Makes an existing file writable and visible: a player's files may be marked read-only and hidden,
-// and copies made by the system keep such marks.
-void MakeOrdinary(const std::filesystem::path& path);
+// Gives a copy the permissions with which its file was made, and makes it visible: a player's files
+// may be marked read-only and hidden, and copies made by the system keep such marks.
+void MakeOrdinary(const std::filesystem::path& path, std::filesystem::perms permissions);
 
 // Asks the disk for room for some more bytes behind the file's own, gives them back, and waits
 // until the file is on the disk. A disk that refused part of the file refuses here again.
 std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t moreBytes);
 
-// Creates a new empty file in the system's folder for temporary files.
-std::filesystem::path CreateTemporaryFile();
+// A file that shows whether the run that made it is still there.
+struct HeldFile {
+  std::filesystem::path path;
+  std::intptr_t lock;  // ends with the run, however that ends
+};
+
+// Creates a new empty file with a name of that beginning and end. Throws filesystem_error.
+HeldFile CreateHeldFile(const std::filesystem::path& folder, std::string_view prefix,
+                        std::string_view suffix);
+void RemoveHeldFile(const HeldFile& file);
+// Removes a file that CreateHeldFile made, unless its run is still there.
+void RemoveUnlessHeld(const std::filesystem::path& path);
+
+// What is wrong with the environment in which the library is started; empty when nothing is.
+std::string ProblemWithEnvironment();
 
 // From now on Ctrl-C removes the file set here (none when empty), and ends the program. Windows
 // does not let go of a file while the library writes it: one that is being copied stays there.

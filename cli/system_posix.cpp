@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -18,7 +19,7 @@ namespace quaylink::cli {
 
 const std::string_view kWholeManual = "'man quaylink'";
 const std::string_view kPhoneAdvice =
-    "A phone's files are reached on Windows only, with its maker's device software.";
+    "A phone's files are reached on Windows only, with its vendor's device software.";
 
 namespace {
 
@@ -77,7 +78,7 @@ bool IsTerminal(Stream stream) {
 
 bool ShowsColours(Stream stream) {
   const char* terminal = std::getenv("TERM");
-  return IsTerminal(stream) && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
+  return IsTerminal(stream) && !std::getenv("NO_COLOR") && terminal &&
          std::strcmp(terminal, "dumb") != 0;
 }
 
@@ -87,17 +88,18 @@ std::size_t TerminalWidth(Stream stream) {
   return known ? size.ws_col : 80;
 }
 
-bool Write(Stream stream, std::string_view text) {
+bool Write(Stream stream, std::string_view string) {
   std::FILE* file = stream == Stream::kOutput ? stdout : stderr;
-  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  return std::fwrite(string.data(), 1, string.size(), file) == string.size() &&
+         std::fflush(file) == 0;
 }
 
-std::string FromLibrary(std::string_view text) {
-  return MakeValid(text);
+std::string FromLibrary(std::string_view string) {
+  return MakeValid(string);
 }
 
-std::optional<std::string> ToLibrary(std::string_view text) {
-  return std::string(text);
+std::optional<std::string> ToLibrary(std::string_view string) {
+  return std::string(string);
 }
 
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path) {
@@ -107,10 +109,9 @@ std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path
   return (error ? path : absolute).native();
 }
 
-void MakeOrdinary(const std::filesystem::path& path) {
+void MakeOrdinary(const std::filesystem::path& path, std::filesystem::perms permissions) {
   std::error_code ignored;
-  std::filesystem::permissions(path, std::filesystem::perms::owner_write,
-                               std::filesystem::perm_options::add, ignored);
+  std::filesystem::permissions(path, permissions, ignored);
 }
 
 std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t moreBytes) {
@@ -123,12 +124,43 @@ std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t
   return problem;
 }
 
-std::filesystem::path CreateTemporaryFile() {
-  std::string name = (std::filesystem::temp_directory_path() / "quaylink-XXXXXX").native();
-  const int descriptor = mkostemp(name.data(), O_CLOEXEC);
-  if (descriptor < 0) throw std::filesystem::filesystem_error("temporary file", name, LastError());
+HeldFile CreateHeldFile(const std::filesystem::path& folder, std::string_view prefix,
+                        std::string_view suffix) {
+  const std::string name = (folder / prefix).native() + "XXXXXX" + std::string(suffix);
+  while (true) {
+    std::string path = name;
+    const int descriptor = mkostemps(path.data(), static_cast<int>(suffix.size()), O_CLOEXEC);
+    if (descriptor < 0) throw std::filesystem::filesystem_error("held file", name, LastError());
+    struct stat status = {};
+    // Before the lock was held, another run may have taken the file for a forsaken one.
+    const bool held = flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
+                      fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+    if (held) return {path, descriptor};
+    close(descriptor);
+  }
+}
+
+void RemoveHeldFile(const HeldFile& file) {
+  unlink(file.path.c_str());
+  close(static_cast<int>(file.lock));
+}
+
+void RemoveUnlessHeld(const std::filesystem::path& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+  if (descriptor < 0) return;
+  struct stat status = {};
+  const bool own =
+      fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == geteuid();
+  if (own && flock(descriptor, LOCK_EX | LOCK_NB) == 0) unlink(path.c_str());
   close(descriptor);
-  return name;
+}
+
+std::string ProblemWithEnvironment() {
+  // The library reads it in the same way.
+  const char* machine = secure_getenv("QUAYLINK_MACHINE");
+  std::error_code error;
+  if (!machine || !*machine || std::filesystem::is_directory(machine, error)) return {};
+  return "QUAYLINK_MACHINE names no folder: " + MakePrintable(machine);
 }
 
 void HandleInterrupts() {

@@ -15,7 +15,7 @@ namespace quaylink::cli {
 
 const std::string_view kWholeManual = "the package's folder doc";
 const std::string_view kPhoneAdvice =
-    "Unlock it and let it trust this computer; its maker's device software must be installed.";
+    "Unlock it and let it trust this computer; its vendor's device software must be installed.";
 
 namespace {
 
@@ -46,11 +46,11 @@ std::error_code LastError() {
   return {static_cast<int>(GetLastError()), std::system_category()};
 }
 
-std::wstring ToWide(std::string_view text, UINT codePage) {
-  const int size = static_cast<int>(text.size());
-  const int wideSize = MultiByteToWideChar(codePage, 0, text.data(), size, nullptr, 0);
+std::wstring ToWide(std::string_view string, UINT codePage) {
+  const int size = static_cast<int>(string.size());
+  const int wideSize = MultiByteToWideChar(codePage, 0, string.data(), size, nullptr, 0);
   std::wstring wide(static_cast<std::size_t>(wideSize), L'\0');
-  MultiByteToWideChar(codePage, 0, text.data(), size, wide.data(), wideSize);
+  MultiByteToWideChar(codePage, 0, string.data(), size, wide.data(), wideSize);
   return wide;
 }
 
@@ -58,9 +58,14 @@ std::string ToUtf8(std::wstring_view wide) {
   const int wideSize = static_cast<int>(wide.size());
   const int size =
       WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, nullptr, 0, nullptr, nullptr);
-  std::string text(static_cast<std::size_t>(size), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, text.data(), size, nullptr, nullptr);
-  return MakeValid(text);
+  std::string string(static_cast<std::size_t>(size), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.data(), wideSize, string.data(), size, nullptr, nullptr);
+  return MakeValid(string);
+}
+
+std::filesystem::path LockOf(const std::filesystem::path& heldFile) {
+  std::filesystem::path lock = heldFile;
+  return lock += ".lock";
 }
 
 std::error_code TryToGrow(HANDLE file, std::size_t moreBytes) {
@@ -103,7 +108,7 @@ bool IsTerminal(Stream stream) {
 bool ShowsColours(Stream stream) {
   constexpr DWORD kEscapeSequences = 0x0004;
   DWORD mode = 0;
-  return std::getenv("NO_COLOR") == nullptr && GetConsoleMode(HandleOf(stream), &mode) != 0 &&
+  return !std::getenv("NO_COLOR") && GetConsoleMode(HandleOf(stream), &mode) != 0 &&
          SetConsoleMode(HandleOf(stream), mode | kEscapeSequences) != 0;
 }
 
@@ -115,11 +120,11 @@ std::size_t TerminalWidth(Stream stream) {
   return width > 0 ? static_cast<std::size_t>(width) : 80;
 }
 
-bool Write(Stream stream, std::string_view text) {
+bool Write(Stream stream, std::string_view string) {
   if (IsTerminal(stream)) {
     // Older consoles refuse long writes.
     constexpr std::size_t kMost = 8000;
-    const std::wstring wide = ToWide(text, CP_UTF8);
+    const std::wstring wide = ToWide(string, CP_UTF8);
     for (std::size_t begin = 0; begin < wide.size(); begin += kMost) {
       const std::wstring piece = wide.substr(begin, kMost);
       DWORD written = 0;
@@ -131,15 +136,16 @@ bool Write(Stream stream, std::string_view text) {
     return true;
   }
   std::FILE* file = stream == Stream::kOutput ? stdout : stderr;
-  return std::fwrite(text.data(), 1, text.size(), file) == text.size() && std::fflush(file) == 0;
+  return std::fwrite(string.data(), 1, string.size(), file) == string.size() &&
+         std::fflush(file) == 0;
 }
 
-std::string FromLibrary(std::string_view text) {
-  return ToUtf8(ToWide(text, CP_ACP));
+std::string FromLibrary(std::string_view string) {
+  return ToUtf8(ToWide(string, CP_ACP));
 }
 
-std::optional<std::string> ToLibrary(std::string_view text) {
-  const std::wstring wide = ToWide(text, CP_UTF8);
+std::optional<std::string> ToLibrary(std::string_view string) {
+  const std::wstring wide = ToWide(string, CP_UTF8);
   // A system whose code page is UTF-8 lacks no character, and refuses to be asked.
   const bool mayLack = GetACP() != CP_UTF8;
   std::string narrow(wide.size() * 4, '\0');
@@ -156,7 +162,7 @@ std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path
   return ToLibrary(ToUtf8(path.native()));
 }
 
-void MakeOrdinary(const std::filesystem::path& path) {
+void MakeOrdinary(const std::filesystem::path& path, std::filesystem::perms) {
   SetFileAttributesW(path.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
@@ -172,13 +178,44 @@ std::error_code TryToGrowAndFlush(const std::filesystem::path& path, std::size_t
   return problem;
 }
 
-std::filesystem::path CreateTemporaryFile() {
-  wchar_t name[MAX_PATH] = {};
-  const std::filesystem::path folder = std::filesystem::temp_directory_path();
-  if (GetTempFileNameW(folder.c_str(), L"qua", 0, name) == 0) {
-    throw std::filesystem::filesystem_error("temporary file", folder, LastError());
+HeldFile CreateHeldFile(const std::filesystem::path& folder, std::string_view prefix,
+                        std::string_view suffix) {
+  // The number is this run's alone. The file itself cannot be locked, because the library must be
+  // able to write to it.
+  std::filesystem::path path = folder / prefix;
+  path += std::to_string(GetCurrentProcessId());
+  path += suffix;
+  const HANDLE lock = CreateFileW(LockOf(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr,
+                                  CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+  if (lock == INVALID_HANDLE_VALUE) {
+    throw std::filesystem::filesystem_error("lock of a held file", path, LastError());
   }
-  return name;
+  DeleteFileW(path.c_str());
+  const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                  FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    const std::error_code error = LastError();
+    CloseHandle(lock);
+    throw std::filesystem::filesystem_error("held file", path, error);
+  }
+  CloseHandle(file);
+  return {path, reinterpret_cast<std::intptr_t>(lock)};
+}
+
+void RemoveHeldFile(const HeldFile& file) {
+  DeleteFileW(file.path.c_str());
+  CloseHandle(reinterpret_cast<HANDLE>(file.lock));
+}
+
+void RemoveUnlessHeld(const std::filesystem::path& path) {
+  // A lock that can be deleted outlived its run, which happens when the computer is switched off.
+  const bool forsaken =
+      DeleteFileW(LockOf(path).c_str()) != 0 || GetLastError() == ERROR_FILE_NOT_FOUND;
+  if (forsaken) DeleteFileW(path.c_str());
+}
+
+std::string ProblemWithEnvironment() {
+  return {};
 }
 
 void HandleInterrupts() {

@@ -4,7 +4,7 @@
 #include <array>
 #include <numeric>
 
-#include "cli/text_width.h"
+#include "cli/display_width.h"
 #include "cli/utf8.h"
 
 namespace quaylink::cli {
@@ -43,10 +43,10 @@ std::string Line(const Row& row, const Widths& widths) {
   return line + '\n';
 }
 
-std::string CsvValue(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+std::string CsvValue(const std::string& string) {
+  if (string.find_first_of(",\"\r\n") == std::string::npos) return string;
   std::string quoted = "\"";
-  for (const char character : text) {
+  for (const char character : string) {
     if (character == '"') quoted += '"';
     quoted += character;
   }
@@ -76,8 +76,8 @@ std::string TrackCsv(const std::vector<Track>& tracks) {
   std::string csv = "index,artist,album,title,location\n";
   for (const Track& track : tracks) {
     csv += std::to_string(track.index);
-    for (const std::string* text : {&track.artist, &track.album, &track.title, &track.location}) {
-      csv += ',' + CsvValue(*text);
+    for (const std::string* string : {&track.artist, &track.album, &track.title, &track.location}) {
+      csv += ',' + CsvValue(*string);
     }
     csv += '\n';
   }

@@ -1,4 +1,4 @@
-// Track lists as texts: a table for people, comma-separated values for other programs.
+// Track lists as they are printed: a table for people, comma-separated values for other programs.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace quaylink::cli {
 
-// A table for a terminal of that many columns, its own columns aligned and long texts cut, though
+// A table for a terminal of that many columns, its own columns aligned and long strings cut, though
 // none to less than a few letters; 0 cuts nothing.
 std::string TrackTable(const std::vector<Track>& tracks, std::size_t width);
 

@@ -9,8 +9,8 @@
 namespace quaylink::cli {
 namespace {
 
-bool Contains(const std::string& text, const std::string& wanted) {
-  return wanted.empty() || FoldCase(text).find(FoldCase(wanted)) != std::string::npos;
+bool Contains(const std::string& string, const std::string& wanted) {
+  return wanted.empty() || FoldCase(string).find(FoldCase(wanted)) != std::string::npos;
 }
 
 std::string KeyOf(const Track& track, SortKey key) {

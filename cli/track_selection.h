@@ -8,7 +8,7 @@
 
 namespace quaylink::cli {
 
-// Texts to be found, without regard to case; an empty one is found everywhere.
+// Strings to be found, without regard to case; an empty one is found everywhere.
 struct TrackFilter {
   std::string artist;
   std::string album;

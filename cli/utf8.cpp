@@ -11,19 +11,19 @@ struct Sequence {
   std::size_t length;  // in bytes
 };
 
-// The character that begins at a place. Over-long forms,
-// surrogates and cut sequences count as one bad byte.
-Sequence DecodeAt(std::string_view text, std::size_t position) {
-  const auto lead = static_cast<unsigned char>(text[position]);
+// The character that begins at a place. Over-long forms, surrogates and cut sequences count as one
+// bad byte.
+Sequence DecodeAt(std::string_view string, std::size_t position) {
+  const auto lead = static_cast<unsigned char>(string[position]);
   if (lead < 0x80) return {lead, 1};
   constexpr Sequence kBadByte = {kReplacement, 1};
   const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() - position < length) return kBadByte;
-  char32_t character = lead & (0xFFU >> (length + 1));
+  if (lead < 0xC2 || lead > 0xF4 || string.size() - position < length) return kBadByte;
+  char32_t character = lead & (0xFFu >> (length + 1));
   for (std::size_t i = 1; i < length; ++i) {
-    const auto next = static_cast<unsigned char>(text[position + i]);
-    if ((next & 0xC0U) != 0x80) return kBadByte;
-    character = (character << 6) | (next & 0x3FU);
+    const auto next = static_cast<unsigned char>(string[position + i]);
+    if ((next & 0xC0u) != 0x80) return kBadByte;
+    character = (character << 6) | (next & 0x3Fu);
   }
   constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
   const bool surrogate = character >= 0xD800 && character <= 0xDFFF;
@@ -72,28 +72,28 @@ char32_t ToLower(char32_t character) {
   return character;
 }
 
-void Append(std::string& text, char32_t character) {
+void Append(std::string& string, char32_t character) {
   const auto tail = [&](unsigned shift) {
-    return static_cast<char>(0x80U | ((character >> shift) & 0x3FU));
+    return static_cast<char>(0x80u | ((character >> shift) & 0x3Fu));
   };
   if (character < 0x80) {
-    text += static_cast<char>(character);
+    string += static_cast<char>(character);
   } else if (character < 0x800) {
-    text += {static_cast<char>(0xC0U | (character >> 6)), tail(0)};
+    string += {static_cast<char>(0xC0u | (character >> 6)), tail(0)};
   } else if (character < 0x10000) {
-    text += {static_cast<char>(0xE0U | (character >> 12)), tail(6), tail(0)};
+    string += {static_cast<char>(0xE0u | (character >> 12)), tail(6), tail(0)};
   } else {
-    text += {static_cast<char>(0xF0U | (character >> 18)), tail(12), tail(6), tail(0)};
+    string += {static_cast<char>(0xF0u | (character >> 18)), tail(12), tail(6), tail(0)};
   }
 }
 
 }  // namespace
 
-std::u32string Decode(std::string_view text) {
+std::u32string Decode(std::string_view string) {
   std::u32string characters;
-  characters.reserve(text.size());
-  for (std::size_t position = 0; position < text.size();) {
-    const Sequence sequence = DecodeAt(text, position);
+  characters.reserve(string.size());
+  for (std::size_t position = 0; position < string.size();) {
+    const Sequence sequence = DecodeAt(string, position);
     characters += sequence.character;
     position += sequence.length;
   }
@@ -101,18 +101,18 @@ std::u32string Decode(std::string_view text) {
 }
 
 std::string Encode(std::u32string_view characters) {
-  std::string text;
-  text.reserve(characters.size());
-  for (const char32_t character : characters) Append(text, character);
-  return text;
+  std::string string;
+  string.reserve(characters.size());
+  for (const char32_t character : characters) Append(string, character);
+  return string;
 }
 
-std::string MakeValid(std::string_view text) {
-  return Encode(Decode(text));
+std::string MakeValid(std::string_view string) {
+  return Encode(Decode(string));
 }
 
-std::string MakePrintable(std::string_view text) {
-  std::u32string characters = Decode(text);
+std::string MakePrintable(std::string_view string) {
+  std::u32string characters = Decode(string);
   for (char32_t& character : characters) {
     if (IsControl(character)) character = kReplacement;
   }
@@ -126,8 +126,8 @@ bool IsControl(char32_t character) {
          character == 0x2029 || turnsDirection;
 }
 
-std::string FoldCase(std::string_view text) {
-  std::u32string characters = Decode(text);
+std::string FoldCase(std::string_view string) {
+  std::u32string characters = Decode(string);
   for (char32_t& character : characters) character = ToLower(character);
   return Encode(characters);
 }

@@ -1,4 +1,4 @@
-// Texts inside the program are UTF-8. What comes from a player may hold any byte, so everything
+// Strings inside the program are UTF-8. What comes from a player may hold any byte, so everything
 // that looks at characters decodes them here first.
 #pragma once
 
@@ -10,23 +10,23 @@ namespace quaylink::cli {
 // Stands for bytes that are not UTF-8.
 inline constexpr char32_t kReplacement = 0xFFFD;
 
-// The characters of a text. Each byte that belongs to no character becomes kReplacement.
-std::u32string Decode(std::string_view text);
+// The characters of a string. Each byte that belongs to no character becomes kReplacement.
+std::u32string Decode(std::string_view string);
 
 std::string Encode(std::u32string_view characters);
 
-// The text with everything that is not UTF-8 replaced: what JSON can carry.
-std::string MakeValid(std::string_view text);
+// The string with everything that is not UTF-8 replaced: what JSON can carry.
+std::string MakeValid(std::string_view string);
 
 // As MakeValid; control characters and those that turn the writing direction are replaced too, so
-// that a text from a player cannot steer the terminal.
-std::string MakePrintable(std::string_view text);
+// that a string from a player cannot steer the terminal.
+std::string MakePrintable(std::string_view string);
 
 // True for the characters that MakePrintable replaces.
 bool IsControl(char32_t character);
 
-// The text without regard to case: equal for texts that
-// differ in case only, in the alphabets of Europe.
-std::string FoldCase(std::string_view text);
+// The string without regard to case: equal for strings that differ in case only, in the alphabets
+// of Europe.
+std::string FoldCase(std::string_view string);
 
 }  // namespace quaylink::cli

@@ -11,7 +11,10 @@ install(TARGETS quaylink quaylink_collection EXPORT quaylinkTargets
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 if(TARGET quaylink_cli)
-  set_target_properties(quaylink_cli PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  # Both where it is built and where it is installed: CMake would leave room in the path for changing it, and that room
+  # is an empty entry, which means the current folder.
+  set_target_properties(quaylink_cli PROPERTIES INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}"
+                                                BUILD_WITH_INSTALL_RPATH ON)
   install(TARGETS quaylink_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

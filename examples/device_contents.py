@@ -10,7 +10,7 @@ import os
 import sys
 import tempfile
 
-# The library's texts are in the ANSI code page, which is UTF-8 everywhere but on Windows.
+# The library's strings are in the ANSI code page, which is UTF-8 everywhere but on Windows.
 ENCODING = "mbcs" if os.name == "nt" else "utf-8"
 
 

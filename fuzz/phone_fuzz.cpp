@@ -1,5 +1,5 @@
 // Lists and copies from a phone whose names, keys, values and failures are made up: any bytes but
-// those that would end a text.
+// those that would end a string.
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <sys/mman.h>
@@ -10,11 +10,10 @@
 #include <set>
 #include <sstream>
 
-#include "mobile/device_notification.h"
 #include "mobile/mobile_device_bridge.h"
 #include "platform/portable/machine.h"
 #include "require.h"
-#include "stand_in_phone/entry_points.h"
+#include "stand_in_phone/in_process.h"
 
 namespace quaylink::fuzz {
 namespace {
@@ -31,7 +30,7 @@ class MadeUpFiles : public stand_in::PhoneFiles {
     std::vector<std::string> folders = {"/"};
     while (input.remaining_bytes() > 0 && names_.size() < 200) {
       const std::string& folder = input.PickValueInArray({folders.front(), folders.back()});
-      const std::string name = Text(input, 300);
+      const std::string name = String(input, 300);
       const std::string path = folder + name;
       names_[folder].push_back(name);
       information[path] = Pairs(input);
@@ -55,10 +54,10 @@ class MadeUpFiles : public stand_in::PhoneFiles {
     return std::make_unique<std::istringstream>(contents_.find(path)->second);
   }
 
-  // A text as a library hands it out, without a NUL.
-  static std::string Text(FuzzedDataProvider& input, std::size_t longest) {
-    const std::string text = input.ConsumeRandomLengthString(longest);
-    return text.substr(0, text.find('\0'));
+  // A string as a library hands it out, without a NUL.
+  static std::string String(FuzzedDataProvider& input, std::size_t longest) {
+    const std::string string = input.ConsumeRandomLengthString(longest);
+    return string.substr(0, string.find('\0'));
   }
 
   std::map<std::string, InformationPairs, std::less<>> information;
@@ -67,10 +66,11 @@ class MadeUpFiles : public stand_in::PhoneFiles {
   static InformationPairs Pairs(FuzzedDataProvider& input) {
     InformationPairs pairs;
     while (pairs.size() < 5 && input.ConsumeBool()) {
-      const std::string key =
-          input.PickValueInArray<std::string>({"st_ifmt", "st_size", "st_mtime", Text(input, 20)});
-      std::optional<std::string> value = input.PickValueInArray<std::string>(
-          {"S_IFDIR", "S_IFREG", Text(input, 30), std::to_string(input.ConsumeIntegral<short>())});
+      const std::string key = input.PickValueInArray<std::string>(
+          {"st_ifmt", "st_size", "st_mtime", String(input, 20)});
+      std::optional<std::string> value =
+          input.PickValueInArray<std::string>({"S_IFDIR", "S_IFREG", String(input, 30),
+                                               std::to_string(input.ConsumeIntegral<short>())});
       if (input.ConsumeIntegral<std::uint8_t>() == 0) value.reset();
       pairs.emplace_back(key, std::move(value));
     }
@@ -142,6 +142,9 @@ void UsePhone(FuzzedDataProvider& input) {
   const auto* failing = input.PickValueInArray(
       {"AFCDirectoryOpen", "AFCDirectoryRead", "AFCFileInfoOpen", "AFCKeyValueRead",
        "AFCFileRefOpen", "AFCFileRefRead", "AFCDirectoryClose", "AFCKeyValueClose"});
+  setUp.garbage = input.ConsumeBool();
+  if (input.ConsumeBool()) setUp.longestRead = input.ConsumeIntegralInRange<std::uint32_t>(1, 16);
+  if (input.ConsumeBool()) setUp.unplugAfter = 20u + input.ConsumeIntegral<std::uint8_t>();
   if (fails) setUp.failures[failing] = {.skip = input.ConsumeIntegral<std::uint8_t>()};
   const auto files = std::make_shared<MadeUpFiles>(input);
   setUp.files = files;
@@ -149,17 +152,11 @@ void UsePhone(FuzzedDataProvider& input) {
   stand_in::StandInPhone phone(std::move(setUp));
   stand_in::SetCurrentPhone(&phone);
 
-  portable::CurrentMachine().update = nullptr;  // no look at the computer's own devices
-  MobileDeviceBridge bridge;
-  bridge.coreFoundationModule = reinterpret_cast<HMODULE>(&bridge);
-  bridge.mobileDeviceModule = reinterpret_cast<HMODULE>(&bridge);
-  bridge.entryPoints = stand_in::AllEntryPoints();
-  SetUnsubscribeEntry(stand_in::UnsubscribeFromCurrentPhone);
+  portable::CurrentMachine().readDrives = nullptr;  // no look at the computer's own drives
+  MobileDeviceBridge bridge(stand_in::InProcessLibraries());
   Require(bridge.Connect(true) == 1, "the phone can be connected");
   ListAndCopy(bridge, *files);
   bridge.Disconnect();
-  bridge.coreFoundationModule = nullptr;
-  bridge.mobileDeviceModule = nullptr;
   for (const std::string& complaint : phone.Complaints()) Require(false, complaint.c_str());
 }
 

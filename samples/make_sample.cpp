@@ -44,8 +44,8 @@ void MakePlayer(const fs::path& machine) {
   WriteMusic(drives / "e", "iPod_Control");
 }
 
-// A machine with a phone. Its file system is the folder "phone", which the stand-in for the maker's
-// libraries serves; the stand-in's script is "phone.txt".
+// A machine with a phone. Its file system is the folder "phone", which the stand-in for the
+// vendor's libraries serves; the stand-in's script is "phone.txt".
 void MakePhone(const fs::path& machine, const fs::path& libraries) {
   const fs::path installed = machine / "drives" / "c" / "Program Files" / "Common Files" / "Apple" /
                              "Mobile Device Support" / "bin";

@@ -1,5 +1,5 @@
-// The music of the sample devices: a small made-up collection
-// in many scripts, each track a short tone of its own.
+// The music of the sample devices: a small made-up collection in many scripts, each track a short
+// tone of its own.
 #pragma once
 
 #include <cstdint>

@@ -6,7 +6,7 @@
 
 #include "support/attached_phone.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 using stand_in::MemoryFiles;
@@ -18,8 +18,9 @@ using Paths = std::vector<std::string>;
 // An open connection to a phone with the given files.
 class OpenPhone : public AttachedPhone {
  public:
-  explicit OpenPhone(std::shared_ptr<const MemoryFiles> files = std::make_shared<MemoryFiles>())
-      : AttachedPhone({.files = std::move(files)}) {
+  explicit OpenPhone(std::shared_ptr<const MemoryFiles> files = std::make_shared<MemoryFiles>(),
+                     std::string_view missing = {})
+      : AttachedPhone({.files = std::move(files)}, missing) {
     EXPECT_EQ(bridge->Connect(true), 1);
     phone.ForgetLog();
   }
@@ -71,11 +72,11 @@ TEST(Listing, OpensEachFolderAndReadsEachEntryTwice) {
     }
   }
   OpenPhone phone(files);
-  EXPECT_EQ(phone.Files().size(), 10000U);
-  EXPECT_EQ(phone.phone.Log("AFCDirectoryOpen").size(), 2U * 502);
+  EXPECT_EQ(phone.Files().size(), 10000u);
+  EXPECT_EQ(phone.phone.Log("AFCDirectoryOpen").size(), 2u * 502);
   std::map<std::string, int> readings;
   for (const std::string& call : phone.phone.Log("AFCFileInfoOpen")) ++readings[call];
-  EXPECT_EQ(readings.size(), 501U + 10000 + 2 * 502);
+  EXPECT_EQ(readings.size(), 501u + 10000 + 2 * 502);
   for (const auto& [call, count] : readings) {
     const bool isDot = call.ends_with("/.\")") || call.ends_with("/..\")");
     EXPECT_EQ(count, isDot ? 1 : 2) << call;
@@ -113,6 +114,7 @@ TEST(Listing, LeavesOutWhatThePhoneFailsToTell) {
   for (const Case& c : cases) {
     SCOPED_TRACE(testing::Message() << c.failing << " " << c.skip);
     OpenPhone phone(files);
+    phone.phone.setUp.garbage = true;
     phone.phone.setUp.failures[c.failing] = {.skip = c.skip};
     Paths found;
     EXPECT_EQ(phone.bridge->ListFiles({"/"}, found), 1);
@@ -169,22 +171,31 @@ TEST(Listing, PassesNamesByteForByte) {
               ElementsAre(InRoot(name.substr(0, 127)), InRoot(name.substr(127)) + "/..."));
 }
 
-TEST(Copying, ReadsNoMoreThanIsExpected) {
-  struct Case {
+TEST(Copying, ReadsNoMoreThanIsExpectedUntilAllIsThere) {
+  const struct {
     std::size_t size;
-    std::size_t fullReads;
-    std::size_t lastRead;
+    std::uint32_t longestRead;
+    std::vector<unsigned> reads;
+  } cases[] = {
+      {1, UINT32_MAX, {1}},
+      {24575, UINT32_MAX, {24575}},
+      {24576, UINT32_MAX, {24576}},
+      {24577, UINT32_MAX, {24576, 1}},
+      {60000, UINT32_MAX, {24576, 24576, 10848}},
+      {60000, 20000, {24576, 24576, 20000}},
+      {25000, 24575, {24576, 425}},
   };
-  for (const Case& c : {Case{1, 0, 1}, Case{24575, 0, 24575}, Case{24576, 1, 0}, Case{24577, 1, 1},
-                        Case{3000001, 122, 1729}}) {
-    SCOPED_TRACE(c.size);
+  for (const auto& [size, longestRead, reads] : cases) {
+    SCOPED_TRACE(size);
     const auto files = std::make_shared<MemoryFiles>();
-    files->AddFile("/file", Bytes(c.size));
+    files->AddFile("/file", Bytes(size));
     OpenPhone phone(files);
-    EXPECT_TRUE(phone.Copy("/file") == Bytes(c.size));
-    Paths reads(c.fullReads, "AFCFileRefRead(24576)");
-    if (c.lastRead != 0) reads.push_back("AFCFileRefRead(" + std::to_string(c.lastRead) + ")");
-    EXPECT_EQ(phone.phone.Log("AFCFileRefRead"), reads);
+    phone.phone.setUp.longestRead = longestRead;
+    EXPECT_TRUE(phone.Copy("/file") == Bytes(size));
+    Paths calls;
+    for (const unsigned read : reads)
+      calls.push_back("AFCFileRefRead(" + std::to_string(read) + ")");
+    EXPECT_EQ(phone.phone.Log("AFCFileRefRead"), calls);
     EXPECT_THAT(phone.phone.Log("AFCFileRefOpen"), ElementsAre("AFCFileRefOpen(\"/file\", 2)"));
   }
 }
@@ -196,12 +207,13 @@ TEST(Copying, GoesByTheStatedSize) {
     const char* copied;
   };
   const Case cases[] = {
-      {"6", 1, "abcdef"},
+      {"10", 1, "abcdefghij"},
+      {"0010", 1, "abcdefghij"},
       {" \t+3xyz", 1, "abc"},  // less than the file holds
       {"4.9", 1, "abcd"},
-      {"7", 0, "abcdef"},  // more than it holds
-      {"99999999999", 0, "abcdef"},
-      {"99999999999999999999999", 0, "abcdef"},
+      {"11", 0, "abcdefghij"},  // more than it holds
+      {"99999999999", 0, "abcdefghij"},
+      {"99999999999999999999999", 0, "abcdefghij"},
       {"0", 0, ""},
       {"-5", 0, ""},
       {"", 0, ""},
@@ -209,7 +221,7 @@ TEST(Copying, GoesByTheStatedSize) {
       {std::nullopt, 0, ""},
   };
   const auto files = std::make_shared<MemoryFiles>();
-  files->AddFile("/file", "abcdef");
+  files->AddFile("/file", "abcdefghij");
   for (const Case& c : cases) {
     SCOPED_TRACE(c.size.value_or("null"));
     OpenPhone phone(files);
@@ -224,6 +236,7 @@ TEST(Copying, FailsWithAnEmptyFileWhenThePhoneRefuses) {
   files->AddFolder("/folder");
   files->AddFile("/empty", "");
   OpenPhone phone(files);
+  phone.phone.setUp.garbage = true;
   phone.machine.WriteFile(phone.machine.LocalPath("copy"), "what was there before");
   for (const char* path : {"/missing", "/folder", "/empty"}) EXPECT_EQ(phone.Copy(path, 0), "");
   for (const char* failing : {"AFCFileInfoOpen", "AFCKeyValueRead", "AFCFileRefOpen"}) {
@@ -238,8 +251,8 @@ TEST(Copying, RefusesAReadThatDeliversMoreThanWasAskedFor) {
   const auto files = std::make_shared<MemoryFiles>();
   files->AddFile("/file", "abc");
   OpenPhone phone(files);
-  phone.bridge->entryPoints.afcFileRefRead = [](AfcConnection, FileReference, void*,
-                                                std::uint32_t* length) -> Status {
+  phone.bridge->libraries.entryPoints.afcFileRefRead = [](AfcConnection, FileReference, void*,
+                                                          std::uint32_t* length) -> Status {
     ++*length;
     return 0;
   };
@@ -267,13 +280,23 @@ TEST(FileOperations, CallNothingWithoutAConnection) {
 }
 
 TEST(FileOperations, CallNothingWhenAnEntryPointThatTheyNeedIsMissing) {
-  for (int slot = 15; slot <= 23; ++slot) {
-    SCOPED_TRACE(slot);
-    OpenPhone phone;
-    phone.ClearSlot(slot);
-    ExpectFileOperationsRefused(phone, slot <= 17 || slot >= 21, slot >= 18);
+  const struct {
+    const char* missing;
+    bool listing;
+    bool copying;
+  } cases[] = {
+      {"AFCDirectoryOpen", true, false}, {"AFCDirectoryClose", true, false},
+      {"AFCDirectoryRead", true, false}, {"AFCFileRefOpen", false, true},
+      {"AFCFileRefRead", false, true},   {"AFCFileRefClose", false, true},
+      {"AFCFileInfoOpen", true, true},   {"AFCKeyValueRead", true, true},
+      {"AFCKeyValueClose", true, true},
+  };
+  for (const auto& [missing, listing, copying] : cases) {
+    SCOPED_TRACE(missing);
+    OpenPhone phone(std::make_shared<MemoryFiles>(), missing);
+    ExpectFileOperationsRefused(phone, listing, copying);
   }
 }
 
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

@@ -6,10 +6,11 @@
 
 #include "mobile/mobile_device_bridge.h"
 #include "mobile/work_folder.h"
+#include "quaylink/quaylink.h"
 #include "support/loaded_library.h"
 #include "support/test_machine.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 using testing::ElementsAre;
@@ -34,7 +35,9 @@ class Bridge : public testing::Test {
     machine_.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMONX86, "C:\\Common32");
     machine_.SetSpecialFolder(CSIDL_PERSONAL, "C:\\Documents");
     machine_.AddFolder("C:\\Documents");
+    SetEnvironment("STAND_IN_PHONE", "");  // whatever the shell has set
   }
+  ~Bridge() override { SetEnvironment("STAND_IN_PHONE", ""); }
 
   void Install(const std::string& folder, const std::string& name,
                const std::string& from = STAND_IN_LIBRARIES) {
@@ -51,8 +54,10 @@ TEST_F(Bridge, LoadsTheLibrariesFromTheirOwnFolder) {
   {
     MobileDeviceBridge bridge;
     EXPECT_TRUE(bridge.LibrariesLoaded());
-    EXPECT_EQ(bridge.loadedFromWorkFolder, 0);
+    EXPECT_FALSE(bridge.libraries.loadedFromWorkFolder);
     EXPECT_TRUE(IsLibraryLoaded(std::string(kBinFolder) + "CoreFoundation.dll"));
+    bridge.libraries.entryPoints.ForEach(
+        [](PhoneLibrary, const char* name, auto slot) { EXPECT_TRUE(slot) << name; });
     EXPECT_EQ(bridge.Connect(true), 1);
     std::vector<std::string> folders;
     EXPECT_EQ(bridge.ListFolders("/", folders), 1);
@@ -68,7 +73,6 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
   Install(kBinFolder, "CoreFoundation.dll");
   Install(kApplicationSupport, "CoreFoundation.dll");
   Install(kDeviceSupport, "iTunesMobileDevice.dll");
-  // "libeay32.dll" is missing, which nobody minds.
   const struct {
     std::string folder;
     std::vector<std::string> names;
@@ -79,8 +83,8 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
         "Foundation.resources\\1", "Foundation.resources\\a\\b\\c\\2",
         "CoreFoundation.resources\\3"}},
       {kDeviceSupport,
-       {"DeviceLink.dll", "AppleMobileBackup.exe", "AppleMobileBackup_main.dll", "MobileDevice.dll",
-        "ssleay32.dll", "AppleMobileBackup.resources\\c\\d"}},
+       {"DeviceLink.dll", "AppleMobileBackup.exe", "AppleMobileBackup_main.dll", "libeay32.dll",
+        "MobileDevice.dll", "ssleay32.dll", "AppleMobileBackup.resources\\c\\d"}},
       {GetApplicationFolder() + "\\", {"zlib1.dll", "OrvendelHelper.exe"}},
   };
   for (const auto& [folder, names] : sources) {
@@ -94,7 +98,7 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
   {
     MobileDeviceBridge bridge;
     EXPECT_TRUE(bridge.LibrariesLoaded());
-    EXPECT_EQ(bridge.loadedFromWorkFolder, 1);
+    EXPECT_TRUE(bridge.libraries.loadedFromWorkFolder);
     EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "iTunesMobileDevice.dll"));
     EXPECT_EQ(bridge.Connect(true), 1);
     bridge.Disconnect();
@@ -113,6 +117,40 @@ TEST_F(Bridge, GathersTheLibrariesInTheWorkFolderWhenTheirOwnIsIncomplete) {
   EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "CoreFoundation.dll"));
 }
 
+TEST_F(Bridge, TriesTheSecondLibraryAndTheWorkFolderAlsoWhenOnlyTheFirstCannotBeLoaded) {
+  // A host that has a CoreFoundation.dll of its own: with it the other library can be loaded.
+  Install("C:\\Host\\", "CoreFoundation.dll");
+  const LoadedModule hosts(
+      LoadLibraryExA("C:\\Host\\CoreFoundation.dll", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH));
+  Install(kBinFolder, "iTunesMobileDevice.dll");
+  {
+    const MobileDeviceBridge bridge;
+    EXPECT_FALSE(bridge.LibrariesLoaded());
+    EXPECT_TRUE(IsLibraryLoaded(std::string(kBinFolder) + "iTunesMobileDevice.dll"));
+  }
+  EXPECT_FALSE(IsLibraryLoaded(std::string(kBinFolder) + "iTunesMobileDevice.dll"));
+  Install(kApplicationSupport, "CoreFoundation.dll");
+  Install(kDeviceSupport, "iTunesMobileDevice.dll");
+  const MobileDeviceBridge bridge;
+  EXPECT_TRUE(bridge.LibrariesLoaded());
+  EXPECT_TRUE(bridge.libraries.loadedFromWorkFolder);
+}
+
+// The library that stays loaded cannot be copied again, and must not be damaged.
+TEST_F(Bridge, UsesTheWorkFolderAgainInTheSameProcess) {
+  Install(kApplicationSupport, "CoreFoundation.dll");
+  Install(kDeviceSupport, "iTunesMobileDevice.dll");
+  machine_.AttachDevice(0x1290);
+  for (int round = 0; round < 2; ++round) {
+    InitializeIPod();
+    EXPECT_EQ(ConnectIPod(), 1);
+    TerminateIPod();
+    EXPECT_TRUE(IsLibraryLoaded(std::string(kWorkFolder) + "CoreFoundation.dll"));
+  }
+  EXPECT_FALSE(CopyFileA((std::string(kDeviceSupport) + "iTunesMobileDevice.dll").c_str(),
+                         (std::string(kWorkFolder) + "CoreFoundation.dll").c_str(), 0));
+}
+
 // The common files of 32-bit programs are everyone's where there is but one folder of them.
 TEST_F(Bridge, StaysWithoutLibrariesWhenTheWorkFolderHasNoneThatLoads) {
   machine_.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMONX86, "");
@@ -120,7 +158,7 @@ TEST_F(Bridge, StaysWithoutLibrariesWhenTheWorkFolderHasNoneThatLoads) {
                      "no library");
   const MobileDeviceBridge bridge;
   EXPECT_FALSE(bridge.LibrariesLoaded());
-  EXPECT_EQ(bridge.loadedFromWorkFolder, 1);
+  EXPECT_TRUE(bridge.libraries.loadedFromWorkFolder);
   EXPECT_TRUE(machine_.Exists(kWorkFolder));
 }
 
@@ -128,7 +166,7 @@ TEST_F(Bridge, FailsEveryOperationWithoutLibraries) {
   Install(kBinFolder, "CoreFoundation.dll");
   MobileDeviceBridge bridge;
   EXPECT_FALSE(bridge.LibrariesLoaded());
-  EXPECT_EQ(bridge.loadedFromWorkFolder, 0);
+  EXPECT_FALSE(bridge.libraries.loadedFromWorkFolder);
   EXPECT_EQ(bridge.Connect(true), 0);
   EXPECT_EQ(bridge.Disconnect(), 1);
   std::vector<std::string> paths;
@@ -151,8 +189,8 @@ TEST_F(Bridge, LeavesTheSlotOfAMissingEntryPointEmpty) {
   Install(kBinFolder, "CoreFoundation.dll");
   Install(kBinFolder, "iTunesMobileDevice.dll", STAND_IN_LACKING_LIBRARIES);
   MobileDeviceBridge bridge;
-  EXPECT_EQ(bridge.entryPoints.afcFileRefRead, nullptr);
-  EXPECT_NE(bridge.entryPoints.afcFileRefClose, nullptr);
+  EXPECT_EQ(bridge.libraries.entryPoints.afcFileRefRead, nullptr);
+  EXPECT_NE(bridge.libraries.entryPoints.afcFileRefClose, nullptr);
   EXPECT_EQ(bridge.Connect(true), 1);
   EXPECT_EQ(bridge.CopyDeviceFile(machine_.LocalPath("copy"), "/file"), 0);
   bridge.Disconnect();
@@ -165,7 +203,7 @@ TEST_F(Bridge, ReadsAPhoneThatAScriptDescribes) {
   machine_.WriteFile(machine_.LocalPath("phone/DCIM/100/photo"), "a photo");
   machine_.WriteFile(machine_.LocalPath("script"),
                      "# a phone\nfolder phone\nannounce 20\nunpaired\nlog calls\n"
-                     "fail AFCFileRefOpen\nsize 3 /DCIM/100/photo\n");
+                     "garbage\nread-at-most 4\nfail AFCFileRefOpen\nsize 3 /DCIM/100/photo\n");
   SetEnvironment("STAND_IN_PHONE", machine_.LocalPath("script"));
   {
     MobileDeviceBridge bridge;
@@ -182,7 +220,6 @@ TEST_F(Bridge, ReadsAPhoneThatAScriptDescribes) {
     EXPECT_EQ(machine_.ReadFile(machine_.LocalPath("copy")), "a p");
     bridge.Disconnect();
   }
-  SetEnvironment("STAND_IN_PHONE", "");
   const std::string calls = machine_.ReadFile(machine_.LocalPath("calls"));
   EXPECT_THAT(calls,
               HasSubstr("CFAllocatorGetDefault()\nCFStringCreateWithCString(\"com.apple.afc\")\n"
@@ -192,4 +229,4 @@ TEST_F(Bridge, ReadsAPhoneThatAScriptDescribes) {
 }
 
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

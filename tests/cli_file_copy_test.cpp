@@ -8,8 +8,10 @@
 
 #include "cli/file_copy.h"
 
-namespace quaylink::cli {
+namespace quaylink::test {
 namespace {
+
+using namespace cli;
 
 namespace fs = std::filesystem;
 
@@ -23,7 +25,7 @@ std::optional<std::string> ReadFile(const fs::path& path) {
   return std::string(std::istreambuf_iterator<char>(stream), {});
 }
 
-class HostFileCopy : public testing::Test {
+class FileCopy : public testing::Test {
  protected:
   void SetUp() override {
     fs::remove_all(folder_);
@@ -54,32 +56,32 @@ class HostFileCopy : public testing::Test {
   const fs::path file_ = folder_ / "song.mp3";
 };
 
-TEST_F(HostFileCopy, GoodCopyReplacesWhatWasThereUnchangedByTheChecks) {
+TEST_F(FileCopy, GoodCopyReplacesWhatWasThereUnchangedByTheChecks) {
   for (const bool noticesWriteErrors : {true, false}) {
     WriteFile(file_, "older and longer contents");
     const CopyResult result = CopyBeside(JobOf("new", true, noticesWriteErrors), file_);
     EXPECT_TRUE(result.Good()) << result.problem;
     EXPECT_EQ(ReadFile(file_), "new");
-    EXPECT_EQ(FilesInFolder(), 1U);
+    EXPECT_EQ(FilesInFolder(), 1u);
   }
 }
 
-TEST_F(HostFileCopy, FailedCopyLeavesNoPartAndKeepsWhatWasThere) {
+TEST_F(FileCopy, FailedCopyLeavesNoPartAndKeepsWhatWasThere) {
   WriteFile(file_, "older");
   const CopyResult result = CopyBeside(JobOf("half a so", false), file_);
   EXPECT_EQ(result.problem.substr(0, 10), "unreadable");
   EXPECT_EQ(ReadFile(file_), "older");
-  EXPECT_EQ(FilesInFolder(), 1U);
+  EXPECT_EQ(FilesInFolder(), 1u);
 }
 
-TEST_F(HostFileCopy, EmptyCopyIsGoodOnlyWhereWriteErrorsAreNoticed) {
+TEST_F(FileCopy, EmptyCopyIsGoodOnlyWhereWriteErrorsAreNoticed) {
   EXPECT_TRUE(CopyBeside(JobOf("", true, true), file_).Good());
   fs::remove(file_);
   EXPECT_FALSE(CopyBeside(JobOf("", true, false), file_).Good());
-  EXPECT_EQ(FilesInFolder(), 0U);
+  EXPECT_EQ(FilesInFolder(), 0u);
 }
 
-TEST_F(HostFileCopy, ReadOnlyMarkOfTheSourceDoesNotStay) {
+TEST_F(FileCopy, ReadOnlyMarkOfTheSourceDoesNotStay) {
   CopyJob job = JobOf("song", true);
   job.copy = [](const char* localPath) {
     WriteFile(localPath, "song");
@@ -90,7 +92,7 @@ TEST_F(HostFileCopy, ReadOnlyMarkOfTheSourceDoesNotStay) {
   EXPECT_NE(fs::status(file_).permissions() & fs::perms::owner_write, fs::perms::none);
 }
 
-TEST_F(HostFileCopy, SizesAreShownForPeople) {
+TEST_F(FileCopy, SizesAreShownForPeople) {
   EXPECT_EQ(ShownSize(999), "999 bytes");
   EXPECT_EQ(ShownSize(1000), "1.0 kB");
   EXPECT_EQ(ShownSize(3400000), "3.4 MB");
@@ -98,4 +100,4 @@ TEST_F(HostFileCopy, SizesAreShownForPeople) {
 }
 
 }  // namespace
-}  // namespace quaylink::cli
+}  // namespace quaylink::test

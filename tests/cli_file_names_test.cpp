@@ -6,8 +6,10 @@
 
 #include "cli/file_names.h"
 
-namespace quaylink::cli {
+namespace quaylink::test {
 namespace {
+
+using namespace cli;
 
 Track MakeTrack(std::uint32_t index, const std::string& artist, const std::string& album,
                 const std::string& title, const std::string& location = "/Music/F00/ABCD.mp3") {
@@ -20,10 +22,10 @@ Track MakeTrack(std::uint32_t index, const std::string& artist, const std::strin
   return track;
 }
 
-TEST(HostFileNames, SafeNameGivesWhatWindowsAndLinuxBothTake) {
+TEST(FileNames, SafeNameGivesWhatWindowsAndLinuxBothTake) {
   const std::string kRepeated(300, 'x');
   const struct {
-    std::string text, name;
+    std::string string, name;
   } kCases[] = {
       {"Plain Title", "Plain Title"},
       {"AC/DC: \"Live\" <1> | a\\b * why?", "AC_DC_ _Live_ _1_ _ a_b _ why_"},
@@ -51,13 +53,13 @@ TEST(HostFileNames, SafeNameGivesWhatWindowsAndLinuxBothTake) {
       {"Song.Quaylink-Part", "Song_Quaylink-Part"},
   };
   for (const auto& testCase : kCases) {
-    EXPECT_EQ(SafeName(testCase.text), testCase.name) << testCase.text;
+    EXPECT_EQ(SafeName(testCase.string), testCase.name) << testCase.string;
   }
   EXPECT_EQ(SafeFileName(kRepeated + ".html"), std::string(69, 'x') + ".html");
   EXPECT_EQ(SafeFileName("a. " + kRepeated), "a. " + std::string(66, 'x'));
 }
 
-TEST(HostFileNames, PatternNamesTracksByTheirProperties) {
+TEST(FileNames, PatternNamesTracksByTheirProperties) {
   const Track full =
       MakeTrack(7, "Björk", "Post", "Hyper/ballad", "F:\\iPod_Control\\Music\\F05\\ABCD.m4a");
   const Track bare = MakeTrack(8, "", " ", "", "/iPod_Control/Music/F05/WXYZ.mp3");
@@ -85,7 +87,7 @@ TEST(HostFileNames, PatternNamesTracksByTheirProperties) {
   }
 }
 
-TEST(HostFileNames, SharedPathsAreNumberedInTrackOrder) {
+TEST(FileNames, SharedPathsAreNumberedInTrackOrder) {
   const std::vector<Track> tracks = {
       MakeTrack(0, "A", "B", "Song"),   MakeTrack(1, "A", "B", "Song"),
       MakeTrack(2, "a", "b", "SONG"),   MakeTrack(3, "A", "B", "Song (3)"),
@@ -102,7 +104,7 @@ TEST(HostFileNames, SharedPathsAreNumberedInTrackOrder) {
             std::vector<std::string>(paths.begin(), paths.begin() + 5));
 }
 
-TEST(HostFileNames, LongPathsFitBothSystems) {
+TEST(FileNames, LongPathsFitBothSystems) {
   std::string wide;
   for (int i = 0; i < 200; ++i) wide += "語";
   const std::vector<Track> tracks(
@@ -114,13 +116,13 @@ TEST(HostFileNames, LongPathsFitBothSystems) {
     std::size_t characters = 0;
     std::size_t component = 0;
     for (const char byte : path) {
-      if ((static_cast<unsigned char>(byte) & 0xC0U) != 0x80) ++characters;
+      if ((static_cast<unsigned char>(byte) & 0xC0u) != 0x80) ++characters;
       component = byte == '/' ? 0 : component + 1;
-      EXPECT_LE(component, 241U) << path;
+      EXPECT_LE(component, 241u) << path;
     }
-    EXPECT_LE(characters, 180U) << path;
+    EXPECT_LE(characters, 180u) << path;
   }
 }
 
 }  // namespace
-}  // namespace quaylink::cli
+}  // namespace quaylink::test

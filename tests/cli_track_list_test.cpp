@@ -4,16 +4,18 @@
 #include <string>
 #include <vector>
 
-#include "cli/text_width.h"
+#include "cli/display_width.h"
 #include "cli/track_list.h"
 #include "cli/utf8.h"
 
-namespace quaylink::cli {
+namespace quaylink::test {
 namespace {
 
-TEST(HostTexts, WhatIsNotUtf8IsReplacedByteForByte) {
+using namespace cli;
+
+TEST(Strings, WhatIsNotUtf8IsReplacedByteForByte) {
   const struct {
-    const char *text, *valid;
+    const char *string, *valid;
   } kCases[] = {
       {"plain", "plain"},
       {"\xC3\xA9\xE8\xAA\x9E\xF0\x9F\x8E\xB5", "é語🎵"},
@@ -23,29 +25,29 @@ TEST(HostTexts, WhatIsNotUtf8IsReplacedByteForByte) {
       {"surrogate \xED\xA0\x80", "surrogate \uFFFD\uFFFD\uFFFD"},
       {"beyond \xF4\x90\x80\x80", "beyond \uFFFD\uFFFD\uFFFD\uFFFD"},
   };
-  for (const auto& testCase : kCases) EXPECT_EQ(MakeValid(testCase.text), testCase.valid);
+  for (const auto& testCase : kCases) EXPECT_EQ(MakeValid(testCase.string), testCase.valid);
 }
 
-TEST(HostTexts, PlayersCannotSteerTheTerminal) {
+TEST(Strings, PlayersCannotSteerTheTerminal) {
   EXPECT_EQ(MakePrintable("\x1B[31mred\r\n\t\xC2\x9B\u202Eend"),
             "\uFFFD[31mred\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"
             "end");
 }
 
-TEST(HostTexts, CaseIsIgnoredInTheAlphabetsOfEurope) {
+TEST(Strings, CaseIsIgnoredInTheAlphabetsOfEurope) {
   EXPECT_EQ(FoldCase("BJÖRK ŽIŽEK Ÿ ΣΊΣΥΦΟΣ ЁЖИК Ẁ ȘȚ Ə ǦǨ ǅ ẞ ӁӐӀ"),
             FoldCase("björk žižek ÿ σίσυφος ёжик ẁ șț ə ǧǩ ǆ ß ӂӑӏ"));
   EXPECT_NE(FoldCase("×"), FoldCase("÷"));
 }
 
-TEST(HostTexts, WidthCountsColumnsNotBytes) {
+TEST(Strings, WidthCountsColumnsNotBytes) {
   const struct {
-    const char* text;
+    const char* string;
     std::size_t width;
   } kCases[] = {{"", 0},     {"abc", 3},  {"é", 1}, {"e\u0301", 1}, {"終わり", 6},
                 {"한글", 4}, {"ﾊﾝｶｸ", 4}, {"🎵", 2}, {"à la", 4},    {"a\u200Bb", 2}};
   for (const auto& testCase : kCases) {
-    EXPECT_EQ(DisplayWidth(testCase.text), testCase.width) << testCase.text;
+    EXPECT_EQ(DisplayWidth(testCase.string), testCase.width) << testCase.string;
   }
   EXPECT_EQ(Fit("ab", 4), "ab  ");
   EXPECT_EQ(Fit("岬の灯へ", 6), "岬の… ");
@@ -70,7 +72,7 @@ std::vector<Track> SomeTracks() {
           MakeTrack(4, "", "", "A title that is much longer than the others of this list")};
 }
 
-TEST(HostTrackList, TableFitsEveryWidthWithItsColumnsAligned) {
+TEST(TrackList, TableFitsEveryWidthWithItsColumnsAligned) {
   for (const std::size_t width :
        {std::size_t{40}, std::size_t{61}, std::size_t{80}, std::size_t{0}}) {
     std::istringstream lines(TrackTable(SomeTracks(), width));
@@ -92,7 +94,7 @@ TEST(HostTrackList, TableFitsEveryWidthWithItsColumnsAligned) {
   }
 }
 
-TEST(HostTrackList, CsvQuotesWhatNeedsIt) {
+TEST(TrackList, CsvQuotesWhatNeedsIt) {
   const std::string csv = TrackCsv({SomeTracks()[1]});
   EXPECT_EQ(csv,
             "index,artist,album,title,location\n"
@@ -100,4 +102,4 @@ TEST(HostTrackList, CsvQuotesWhatNeedsIt) {
 }
 
 }  // namespace
-}  // namespace quaylink::cli
+}  // namespace quaylink::test

@@ -5,6 +5,7 @@
 #include "interface/device_manager.h"
 #include "support/database_bytes.h"
 #include "support/test_machine.h"
+#include "usb/apple_products.h"
 #include "usb/usb_device_list.h"
 
 namespace quaylink::test {
@@ -13,7 +14,7 @@ namespace {
 constexpr unsigned kPlayer = 0x1261;
 const std::string kDatabasePath = "\\iPod_Control\\iTunes\\iTunesDB";
 
-class DiskRoadTest : public testing::Test {
+class DiskRoad : public testing::Test {
  protected:
   void AddPlayerDrive(char letter, UINT kind = DRIVE_REMOVABLE) {
     machine.AddDrive(letter, kind);
@@ -24,7 +25,7 @@ class DiskRoadTest : public testing::Test {
   DeviceManager manager;
 };
 
-TEST_F(DiskRoadTest, TheFirstRemovableDriveWithMusicIsThePlayer) {
+TEST_F(DiskRoad, TheFirstRemovableDriveWithMusicIsThePlayer) {
   machine.AttachDevice(kPlayer);
   EXPECT_FALSE(manager.Detect()) << "no drive yet";
   AddPlayerDrive('A');
@@ -45,7 +46,7 @@ TEST_F(DiskRoadTest, TheFirstRemovableDriveWithMusicIsThePlayer) {
   EXPECT_EQ(manager.bridge, nullptr);
 }
 
-TEST_F(DiskRoadTest, WithoutADeviceNothingChangesAndWithoutItsDriveTheLetterGoes) {
+TEST_F(DiskRoad, WithoutADeviceNothingChangesAndWithoutItsDriveTheLetterGoes) {
   machine.AttachDevice(kPlayer);
   AddPlayerDrive('F');
   ASSERT_TRUE(manager.Detect());
@@ -58,13 +59,13 @@ TEST_F(DiskRoadTest, WithoutADeviceNothingChangesAndWithoutItsDriveTheLetterGoes
   EXPECT_EQ(manager.driveLetter, 0);
 }
 
-TEST_F(DiskRoadTest, NoSessionIsNeeded) {
+TEST_F(DiskRoad, NoSessionIsNeeded) {
   EXPECT_TRUE(manager.OpenSession());
   EXPECT_FALSE(manager.sessionOpen);
   EXPECT_TRUE(manager.CloseSession());
 }
 
-TEST_F(DiskRoadTest, TheDatabaseAndTheFilesOfItsTracksAreCopied) {
+TEST_F(DiskRoad, TheDatabaseAndTheFilesOfItsTracksAreCopied) {
   machine.AttachDevice(kPlayer);
   AddPlayerDrive('F');
   const std::string database =
@@ -93,7 +94,7 @@ TEST_F(DiskRoadTest, TheDatabaseAndTheFilesOfItsTracksAreCopied) {
   EXPECT_EQ(machine.ReadFile("C:\\db"), "");
 }
 
-TEST_F(DiskRoadTest, ADestinationThatCannotBeCreatedFailsTheCopy) {
+TEST_F(DiskRoad, ADestinationThatCannotBeCreatedFailsTheCopy) {
   machine.AttachDevice(kPlayer);
   AddPlayerDrive('F');
   machine.WriteFile("F:" + kDatabasePath,
@@ -109,7 +110,7 @@ TEST_F(DiskRoadTest, ADestinationThatCannotBeCreatedFailsTheCopy) {
   EXPECT_FALSE(machine.Exists("C:\\never")) << "a file of any kind is not created first";
 }
 
-TEST_F(DiskRoadTest, TheFirstDeviceListedDecidesTheRoad) {
+TEST_F(DiskRoad, TheFirstDeviceListedDecidesTheRoad) {
   machine.AttachDevice(0x1290);
   machine.AttachDevice(0x1300);
   AddPlayerDrive('F');
@@ -132,8 +133,8 @@ TEST_F(DiskRoadTest, TheFirstDeviceListedDecidesTheRoad) {
   EXPECT_TRUE(files.empty());
 }
 
-TEST_F(DiskRoadTest, PhonesAndNoOtherProductsLeadToTheMobileRoad) {
-  // Each product's type code is its place here.
+TEST_F(DiskRoad, PhonesAndNoOtherProductsLeadToTheMobileRoad) {
+  // Each product's type code is its place here. A new product needs its row.
   const struct {
     unsigned productId;
     bool isPhone;
@@ -142,6 +143,7 @@ TEST_F(DiskRoadTest, PhonesAndNoOtherProductsLeadToTheMobileRoad) {
                   {0x1262, false}, {0x1290, true},  {0x1291, true},  {0x1292, true},
                   {0x1300, false}, {0x1301, false}, {0x1263, false}, {0x1293, true},
                   {0x1294, true},  {0x129A, true}};
+  ASSERT_EQ(std::size(products), std::size(AppleProductIdTable));
   AddPlayerDrive('F');
   int typeCode = 0;
   for (const auto& [productId, isPhone] : products) {

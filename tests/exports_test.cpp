@@ -17,9 +17,9 @@ void QUAYLINK_CALL CountCall(const char* /*devicePath*/, void* context) {
   ++*static_cast<int*>(context);
 }
 
-class ExportsTest : public testing::Test {
+class ExportedFunctions : public testing::Test {
  protected:
-  ~ExportsTest() override { TerminateIPod(); }
+  ~ExportedFunctions() override { TerminateIPod(); }
 
   // A database of that many tracks, as a local file.
   std::string DatabaseOf(std::uint32_t trackCount) {
@@ -35,7 +35,7 @@ class ExportsTest : public testing::Test {
   TestMachine machine;
 };
 
-TEST_F(ExportsTest, WithoutAManagerEveryFunctionFailsAndTouchesNothing) {
+TEST_F(ExportedFunctions, WithoutAManagerEveryFunctionFailsAndTouchesNothing) {
   const std::string database = DatabaseOf(1);
   machine.AttachDevice(0x1261);
   machine.AddDrive('E');
@@ -60,7 +60,7 @@ TEST_F(ExportsTest, WithoutAManagerEveryFunctionFailsAndTouchesNothing) {
   }
 }
 
-TEST_F(ExportsTest, ParsingCountsOrCopiesNoMoreThanThereIsRoomFor) {
+TEST_F(ExportedFunctions, ParsingCountsOrCopiesNoMoreThanThereIsRoomFor) {
   ASSERT_NE(InitializeIPod(), 0u);
   const std::string database = DatabaseOf(10);
   std::vector<TrackRecord> buffer(26);
@@ -84,7 +84,7 @@ TEST_F(ExportsTest, ParsingCountsOrCopiesNoMoreThanThereIsRoomFor) {
   }
 }
 
-TEST_F(ExportsTest, NullArgumentsAreFailures) {
+TEST_F(ExportedFunctions, NullArgumentsAreFailures) {
   InitializeIPod();
   EXPECT_EQ(CopyITunesDB(nullptr), 0);
   EXPECT_EQ(ParseITunesDB(nullptr, 0, nullptr), 0);
@@ -94,7 +94,7 @@ TEST_F(ExportsTest, NullArgumentsAreFailures) {
   EXPECT_EQ(CopyGenericFileFromIPod(0, "C:\\copy", nullptr), 0);
 }
 
-TEST_F(ExportsTest, ASecondManagerBeginsWithoutRecordsAndTheFirstIsGone) {
+TEST_F(ExportedFunctions, ASecondManagerBeginsWithoutRecordsAndTheFirstIsGone) {
   InitializeIPod();
   ASSERT_EQ(ParseITunesDB(DatabaseOf(3).c_str(), 0, nullptr), 3);
   ASSERT_NE(InitializeIPod(), 0u);
@@ -103,7 +103,7 @@ TEST_F(ExportsTest, ASecondManagerBeginsWithoutRecordsAndTheFirstIsGone) {
   EXPECT_FALSE(machine.Exists("C:\\copy"));
 }
 
-TEST_F(ExportsTest, TwoParsesInARowLeaveOneCopyAndAFailedOneWhatItRead) {
+TEST_F(ExportedFunctions, TwoParsesInARowLeaveOneCopyAndAFailedOneWhatItRead) {
   InitializeIPod();
   ASSERT_EQ(ParseITunesDB(DatabaseOf(3).c_str(), 0, nullptr), 3);
   ASSERT_EQ(ParseITunesDB(DatabaseOf(4).c_str(), 0, nullptr), 4);
@@ -116,7 +116,7 @@ TEST_F(ExportsTest, TwoParsesInARowLeaveOneCopyAndAFailedOneWhatItRead) {
   EXPECT_EQ(theDatabase.dataSets.size(), 0u);
 }
 
-TEST_F(ExportsTest, OnTheDiskRoadThereIsNothingToList) {
+TEST_F(ExportedFunctions, OnTheDiskRoadThereIsNothingToList) {
   InitializeIPod();
   int calls = 0;
   EXPECT_EQ(EnumGenericFileFromIPod(1, CountCall, &calls), 0) << "no device";

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -28,16 +29,13 @@ const std::string kDatabase =
     TrackDatabase(2, Track(1, 1, TextObject(2, u":iTunes_Control:Music:A.m4a")) +
                          Track(2, 1, TextObject(2, u":iTunes_Control:Music:GONE.m4a")));
 
-class MobileRoadTest : public testing::Test {
+class MobileRoad : public testing::Test {
  protected:
-  MobileRoadTest() {
+  MobileRoad() {
     phone.phone.setUp.files = files;
     manager.bridge = std::move(phone.bridge);
   }
-  ~MobileRoadTest() override {
-    manager.CloseSession();
-    phone.bridge = std::move(manager.bridge);
-  }
+  ~MobileRoad() override { EXPECT_TRUE(manager.CloseSession()); }
 
   void AddMusic() {
     files->AddFile("/iTunes_Control/iTunes/iTunesDB", kDatabase);
@@ -50,7 +48,7 @@ class MobileRoadTest : public testing::Test {
   DeviceManager manager;
 };
 
-TEST_F(MobileRoadTest, TheFirstDatabaseListedIsCopiedUnderItsUsualSpelling) {
+TEST_F(MobileRoad, TheFirstDatabaseListedIsCopiedUnderItsUsualSpelling) {
   const struct {
     std::vector<std::string> paths;
     std::string opened;
@@ -80,7 +78,7 @@ TEST_F(MobileRoadTest, TheFirstDatabaseListedIsCopiedUnderItsUsualSpelling) {
   }
 }
 
-TEST_F(MobileRoadTest, CopiesOfDatabaseAndTracksLeaveNoSessionOpenNotEvenTheHosts) {
+TEST_F(MobileRoad, CopiesOfDatabaseAndTracksLeaveNoSessionOpenNotEvenTheHosts) {
   AddMusic();
   ASSERT_TRUE(manager.OpenSession());
   ASSERT_TRUE(manager.OpenSession());
@@ -99,7 +97,7 @@ TEST_F(MobileRoadTest, CopiesOfDatabaseAndTracksLeaveNoSessionOpenNotEvenTheHost
   EXPECT_FALSE(manager.sessionOpen);
 }
 
-TEST_F(MobileRoadTest, NothingIsAskedOfThePhoneWhenTheDestinationCannotBeCreated) {
+TEST_F(MobileRoad, NothingIsAskedOfThePhoneWhenTheDestinationCannotBeCreated) {
   AddMusic();
   ASSERT_TRUE(manager.CopyDatabase("C:\\db"));
   ASSERT_TRUE(manager.Parse("C:\\db"));
@@ -113,7 +111,7 @@ TEST_F(MobileRoadTest, NothingIsAskedOfThePhoneWhenTheDestinationCannotBeCreated
   EXPECT_FALSE(machine.Exists("C:\\out of range"));
 }
 
-TEST_F(MobileRoadTest, ListingAndAnyFileUseTheHostsSessionUnlessTheyAreToConnect) {
+TEST_F(MobileRoad, ListingAndAnyFileUseTheHostsSessionUnlessTheyAreToConnect) {
   AddMusic();
   std::vector<std::string> list;
   EXPECT_FALSE(manager.EnumerateFiles(false, list)) << "no session";
@@ -133,9 +131,9 @@ TEST_F(MobileRoadTest, ListingAndAnyFileUseTheHostsSessionUnlessTheyAreToConnect
   EXPECT_FALSE(manager.sessionOpen);
 }
 
-// Whatever fails on the phone, the operation fails and no
-// session it opened stays open; the next attempt succeeds.
-TEST_F(MobileRoadTest, AFailureOfThePhoneIsOverWithTheOperation) {
+// Whatever fails on the phone, the operation fails and no session it opened stays open; the next
+// attempt succeeds.
+TEST_F(MobileRoad, AFailureOfThePhoneIsOverWithTheOperation) {
   AddMusic();
   ASSERT_TRUE(manager.CopyDatabase("C:\\db"));
   ASSERT_TRUE(manager.Parse("C:\\db"));
@@ -167,8 +165,48 @@ TEST_F(MobileRoadTest, AFailureOfThePhoneIsOverWithTheOperation) {
   }
 }
 
-// A host over the exports, and libraries that are really loaded.
-TEST_F(MobileRoadTest, WantOfMemoryLeavesNothingOfThePhoneOpen) {
+// A listing may end early without a failure; a copy that succeeds is whole.
+TEST_F(MobileRoad, ThePhoneMayBeUnpluggedAtAnyMoment) {
+  AddMusic();
+  ASSERT_TRUE(manager.CopyDatabase("C:\\db"));
+  ASSERT_TRUE(manager.Parse("C:\\db"));
+  phone.phone.setUp.garbage = true;
+  phone.phone.setUp.comesBack = true;
+  std::vector<std::string> list;
+  const struct {
+    std::function<bool()> succeeds;
+    std::function<bool()> isRight;
+  } operations[] = {
+      {[&] { return manager.EnumerateFiles(true, list); },
+       [&] {
+         return std::ranges::all_of(list,
+                                    [&](auto& path) { return files->Find(path).has_value(); });
+       }},
+      {[&] { return manager.CopyDatabase("C:\\db"); },
+       [&] { return machine.ReadFile("C:\\db") == kDatabase; }},
+      {[&] { return manager.CopyTrackFile(0, "C:\\a.m4a"); },
+       [&] { return machine.ReadFile("C:\\a.m4a") == std::string(60'000, 'a'); }},
+  };
+  for (const auto& [succeeds, isRight] : operations) {
+    bool wasUnplugged = true;
+    // From the first call on that does not wait for the phone.
+    for (unsigned calls = 1; wasUnplugged; ++calls) {
+      SCOPED_TRACE(calls);
+      phone.phone.setUp.unplugAfter = calls;
+      if (succeeds()) {
+        EXPECT_TRUE(isRight());
+      }
+      EXPECT_FALSE(manager.sessionOpen);
+      EXPECT_FALSE(phone.phone.IsSessionOpen());
+      wasUnplugged = !phone.phone.setUp.unplugAfter;
+      phone.phone.setUp.unplugAfter.reset();
+      ASSERT_TRUE(succeeds()) << "plugged in again";
+      ASSERT_TRUE(isRight());
+    }
+  }
+}
+
+TEST_F(MobileRoad, WantOfMemoryLeavesNothingOfThePhoneOpen) {
   AddMusic();
   phone.phone.setUp.paired = false;
   phone.phone.setUp.aroundCalls = SuspendFailures;
@@ -195,9 +233,10 @@ TEST_F(MobileRoadTest, WantOfMemoryLeavesNothingOfThePhoneOpen) {
   }
 }
 
-class PhoneHostTest : public testing::Test {
+// A host over the exports, and libraries that are really loaded.
+class PhoneHost : public testing::Test {
  protected:
-  PhoneHostTest() {
+  PhoneHost() {
     machine.SetSpecialFolder(CSIDL_PROGRAM_FILES_COMMON, "C:\\Common");
     for (const std::string name : {"CoreFoundation.dll", "iTunesMobileDevice.dll"}) {
       std::ifstream file(STAND_IN_LIBRARIES + ("/" + name), std::ios::binary);
@@ -218,7 +257,7 @@ class PhoneHostTest : public testing::Test {
     SetEnvironment("STAND_IN_PHONE", machine.LocalPath("phone.txt"));
     InitializeIPod();
   }
-  ~PhoneHostTest() override {
+  ~PhoneHost() override {
     TerminateIPod();
     SetEnvironment("STAND_IN_PHONE", "");
   }
@@ -246,7 +285,7 @@ void QUAYLINK_CALL EndOrBeginAnew(const char* /*devicePath*/, void* context) {
   }
 }
 
-TEST_F(PhoneHostTest, TheCallbackMayCopyEachFileThatItIsGivenByItsWholePath) {
+TEST_F(PhoneHost, TheCallbackMayCopyEachFileThatItIsGivenByItsWholePath) {
   Walk walk;
   EXPECT_EQ(EnumGenericFileFromIPod(1, CopyEach, &walk), 1);
   EXPECT_EQ(walk.calls, 3);
@@ -254,7 +293,7 @@ TEST_F(PhoneHostTest, TheCallbackMayCopyEachFileThatItIsGivenByItsWholePath) {
   EXPECT_EQ(machine.ReadFile("C:\\copy2"), "c");
 }
 
-TEST_F(PhoneHostTest, TheWalkGoesOnWhenTheCallbackEndsTheManager) {
+TEST_F(PhoneHost, TheWalkGoesOnWhenTheCallbackEndsTheManager) {
   Walk walk;
   EXPECT_EQ(EnumGenericFileFromIPod(1, EndOrBeginAnew, &walk), 1);
   EXPECT_EQ(walk.calls, 3);
@@ -271,7 +310,7 @@ int EnumerateWithAWord(unsigned autoConnect, Walk& walk) {
   return enumerate(autoConnect, CopyEach, &walk);
 }
 
-TEST_F(PhoneHostTest, ABooleanArgumentIsItsLowByte) {
+TEST_F(PhoneHost, ABooleanArgumentIsItsLowByte) {
   Walk walk;
   EXPECT_EQ(EnumerateWithAWord(0x100, walk), 1) << "false: no detection, and nothing to list";
   EXPECT_EQ(walk.calls, 0);

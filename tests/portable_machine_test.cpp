@@ -16,7 +16,7 @@
 #include "usb/registry.h"
 #include "usb/usb_device_list.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -25,7 +25,7 @@ using portable::CurrentMachine;
 TEST(Exports, ShowNoBoxWhileTheyRunAndKeepTheHostsErrorMode) {
   TestMachine machine;
   UINT during = 0;
-  CurrentMachine().update = [&during](portable::Machine&) {
+  CurrentMachine().readDevices = [&during](portable::Machine&) {
     during = SetErrorMode(0);
     SetErrorMode(during);
   };
@@ -44,14 +44,7 @@ TEST(MachineFolder, IsReadAnewSoThatComingAndGoingIsSeen) {
   fs::create_directories(folder / "drives/f");
   fs::create_directories(folder / "usb/VID_05AC&PID_1261/SERIAL");
   portable::SetCurrentMachine(portable::ReadMachineFolder(folder));
-  const auto isAttached = [] {
-    HKEY key = nullptr;
-    const char* path = "SYSTEM\\CurrentControlSet\\Enum\\USB\\VID_05AC&PID_1261\\SERIAL";
-    if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, &key) != ERROR_SUCCESS) return false;
-    RegCloseKey(key);
-    return true;
-  };
-  EXPECT_TRUE(isAttached());
+  EXPECT_EQ(UsbDeviceList().Enumerate(), 1);
   EXPECT_EQ(GetDriveTypeA("C:\\"), DRIVE_FIXED);
   EXPECT_EQ(GetDriveTypeA("f:\\"), DRIVE_REMOVABLE);
   EXPECT_EQ(GetDriveTypeA("G:\\"), DRIVE_NO_ROOT_DIR);
@@ -60,7 +53,7 @@ TEST(MachineFolder, IsReadAnewSoThatComingAndGoingIsSeen) {
   EXPECT_EQ(GetFileAttributesA("F:\\"), INVALID_FILE_ATTRIBUTES);
   EXPECT_EQ(GetFileAttributesA("G:\\"), FILE_ATTRIBUTE_DIRECTORY);
   EXPECT_EQ(GetDriveTypeA("F:\\"), DRIVE_NO_ROOT_DIR);
-  EXPECT_FALSE(isAttached());
+  EXPECT_EQ(UsbDeviceList().Enumerate(), 0);
 }
 
 TEST(UsbDeviceListOnAMachine, FailsOnTheVersionsOfWindowsThatItDoesNotKnow) {
@@ -83,29 +76,29 @@ TEST(UsbDeviceListOnAMachine, FailsOnTheVersionsOfWindowsThatItDoesNotKnow) {
 }
 
 TEST(UsbDeviceListOnAMachine, KeepsTheEntriesFoundBeforeAListingFailed) {
-  const std::string usb = "SYSTEM\\CurrentControlSet\\Enum\\USB\\";
-  const std::string product = usb + "VID_05AC&PID_1294";
+  const std::string usb(portable::kUsbTree);
+  const std::string product = usb + "\\VID_05AC&PID_1294";
   const std::string tooLong(256, 'x');
   const struct {
     const char* what;
-    std::function<void(portable::RegistryKey&)> spoil;
+    std::string key;
+    bool isRefused;
     int result;
     std::size_t held;
   } cases[] = {
-      {"USB tree refused", [&](auto& root) { root.At(usb).refusesToOpen = true; }, -1, 0},
-      {"parent refused", [](auto& root) { root.At("SYSTEM").refusesToOpen = true; }, -1, 0},
-      {"product refused", [&](auto& root) { root.At(product).refusesToOpen = true; }, -1, 1},
-      {"product name too long", [&](auto& root) { root.At(usb + tooLong); }, -1, 0},
-      {"longest product name", [&](auto& root) { root.At(usb + tooLong.substr(1)); }, 2, 2},
-      {"instance name too long", [&](auto& root) { root.At(product).Subkey(tooLong); }, -1, 1},
-      {"parameters refused",
-       [&](auto& root) { root.At(product + "\\B\\Device Parameters").refusesToOpen = true; }, 1, 1},
+      {"USB tree refused", usb, true, -1, 0},
+      {"parent refused", "SYSTEM", true, -1, 0},
+      {"product refused", product, true, -1, 1},
+      {"product name too long", usb + "\\" + tooLong, false, -1, 0},
+      {"longest product name", usb + "\\" + tooLong.substr(1), false, 2, 2},
+      {"instance name too long", product + "\\" + tooLong, false, -1, 1},
+      {"parameters refused", product + "\\B\\Device Parameters", true, 1, 1},
   };
-  for (const auto& [what, spoil, result, held] : cases) {
+  for (const auto& [what, key, isRefused, result, held] : cases) {
     TestMachine machine;
     machine.AttachDevice(0x1261, "A");
     machine.AttachDevice(0x1294, "B");
-    spoil(CurrentMachine().localMachine);
+    CurrentMachine().KeyAt(key).refusesToOpen = isRefused;
     UsbDeviceList list;
     EXPECT_EQ(list.Enumerate(), result) << what;
     if (held > 0) {
@@ -115,11 +108,11 @@ TEST(UsbDeviceListOnAMachine, KeepsTheEntriesFoundBeforeAListingFailed) {
   }
 }
 
-// A sysfs and a mount table as a kernel would show them,
-// for a player with two partitions on the disk sdb.
-class ComputerTest : public testing::Test {
+// A sysfs and a mount table as a kernel would show them, for a player with two partitions on the
+// disk sdb.
+class Computer : public testing::Test {
  protected:
-  ComputerTest() {
+  Computer() {
     Write("sys/bus/usb/devices/usb1/idVendor", "1d6b\n");
     Write("sys/bus/usb/devices/1-1:1.0/bInterfaceClass", "08\n");
     Plug("1-1", "05ac", "120a", "000A27");
@@ -169,7 +162,8 @@ class ComputerTest : public testing::Test {
     portable::SetCurrentMachine(portable::ReadComputer(folder / "sys", folder / "mountinfo"));
   }
   std::string DriveName(char letter) {
-    const auto found = portable::UpToDateMachine().drives.find(letter);
+    CurrentMachine().readDrives(CurrentMachine());
+    const auto found = CurrentMachine().drives.find(letter);
     return found == CurrentMachine().drives.end() ? "" : found->second.root.filename().string();
   }
 
@@ -177,20 +171,24 @@ class ComputerTest : public testing::Test {
   fs::path folder = machine.LocalPath("computer");
 };
 
-TEST_F(ComputerTest, ListsApplesDevicesAndNoOthers) {
+// By name, as Windows does: whatever the ports, a player comes before a phone.
+TEST_F(Computer, ListsApplesDevicesAndNoOthers) {
+  Plug("1-0", "05ac", "1290", "a phone");
   Plug("1-2", "1234", "1261", "x");
   Plug("2-1", "05ac", "1261", "");
   Start();
   UsbDeviceList list;
-  EXPECT_EQ(list.Enumerate(), 2);
+  EXPECT_EQ(list.Enumerate(), 3);
   EXPECT_EQ(list.TypeAt(0), 5);
   EXPECT_EQ(list.TypeAt(1), 7);
-  fs::remove_all(folder / "sys/bus/usb/devices/1-1");
-  fs::remove_all(folder / "sys/bus/usb/devices/2-1");
+  EXPECT_EQ(list.TypeAt(2), 9);
+  for (const char* port : {"1-0", "1-1", "2-1"}) {
+    fs::remove_all(folder / "sys/bus/usb/devices" / port);
+  }
   EXPECT_EQ(UsbDeviceList().Enumerate(), 0);
 }
 
-TEST_F(ComputerTest, GivesRemovableVolumesLettersThatTheyKeepWhileMounted) {
+TEST_F(Computer, GivesRemovableVolumesLettersThatTheyKeepWhileMounted) {
   Mount({{"8:1", "/", "system"},
          {"8:32", "/", "card"},
          {"8:18", "/sub", "bind"},
@@ -200,7 +198,8 @@ TEST_F(ComputerTest, GivesRemovableVolumesLettersThatTheyKeepWhileMounted) {
   EXPECT_EQ(DriveName('C'), "");
   EXPECT_EQ(DriveName('D'), "card");
   EXPECT_EQ(DriveName('E'), "THE PLAYER");
-  EXPECT_EQ(DriveName('F'), "");
+  EXPECT_EQ(DriveName('F'), "again");
+  EXPECT_EQ(DriveName('G'), "");
   EXPECT_EQ(GetDriveTypeA("E:\\"), DRIVE_REMOVABLE);
 
   Mount({{"8:18", "/", "THE PLAYER"}});
@@ -210,8 +209,34 @@ TEST_F(ComputerTest, GivesRemovableVolumesLettersThatTheyKeepWhileMounted) {
   EXPECT_EQ(DriveName('D'), "other");
   // Unplugged without being unmounted.
   fs::remove(folder / "sys/dev/block/8:18");
-  EXPECT_EQ(GetDriveTypeA("E:\\"), DRIVE_NO_ROOT_DIR);
+  EXPECT_EQ(DriveName('E'), "");
+}
+
+TEST_F(Computer, IsReadOnceForADetection) {
+  Mount({{"8:18", "/", "shadowed"}, {"8:18", "/", "THE PLAYER"}});
+  Start();
+  int devicesRead = 0;
+  int drivesRead = 0;
+  const auto count = [](int& number, auto& read) {
+    read = [&number, wrapped = read](portable::Machine& updated) {
+      ++number;
+      wrapped(updated);
+    };
+  };
+  count(devicesRead, CurrentMachine().readDevices);
+  count(drivesRead, CurrentMachine().readDrives);
+  InitializeIPod();
+  EXPECT_EQ(IsIPodConnected(), 0) << "no mount shows the player";
+  EXPECT_EQ(devicesRead, 1);
+  EXPECT_EQ(drivesRead, 1);
+  fs::create_directories(folder / "mnt/THE PLAYER/iPod_Control/Music");
+  for (int i = 2; i < 4; ++i) {
+    EXPECT_EQ(IsIPodConnected(), 1) << "one mount does";
+    EXPECT_EQ(devicesRead, i);
+    EXPECT_EQ(drivesRead, i);
+  }
+  TerminateIPod();
 }
 
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

@@ -6,27 +6,25 @@
 #include "platform/portable/machine.h"
 #include "support/test_machine.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 using portable::CurrentMachine;
 using portable::ShellName;
 
 TEST(Shell, HandsOverAFoldersPathInOneOfThreeForms) {
-  struct Case {
+  const struct {
     ShellName form;
     bool found;
-  };
-  const Case cases[] = {
-      {ShellName::kWide, true},        {ShellName::kOffset, true},
-      {ShellName::kInline, true},      {ShellName::kUnknownKind, false},
-      {ShellName::kNoLocation, false}, {ShellName::kNoDisplayName, false},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(static_cast<int>(c.form));
+  } cases[] = {{ShellName::kWide, true},
+               {ShellName::kOffset, true},
+               {ShellName::kInline, true},
+               {ShellName::kUnknownKind, false},
+               {ShellName::kNone, false}};
+  for (const auto& [form, found] : cases) {
     TestMachine machine;
-    CurrentMachine().specialFolders[CSIDL_APPDATA] = {"C:\\Dat\xC3\xA4n", c.form};
-    EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), c.found ? "C:\\Dat\xC3\xA4n" : "");
+    CurrentMachine().specialFolders[CSIDL_APPDATA] = {"C:\\Dat\xC3\xA4n", form};
+    EXPECT_EQ(GetSpecialFolderPath(CSIDL_APPDATA), found ? "C:\\Dat\xC3\xA4n" : "");
   }
 }
 
@@ -78,4 +76,4 @@ TEST(ApplicationFolder, IsThatOfTheHostsProgram) {
 }
 
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

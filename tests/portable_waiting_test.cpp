@@ -1,13 +1,17 @@
 // Waiting for a phone to be announced. Time is the machine's: no test waits for two seconds.
 #include <gmock/gmock.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <csignal>
 #include <thread>
 
 #include "mobile/device_notification.h"
 #include "platform/portable/machine.h"
 #include "support/attached_phone.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 using stand_in::Announcement;
@@ -35,7 +39,7 @@ TEST_F(Waiting, GoesOnAtTheNextTestOnceThePhoneIsAnnounced) {
   AnnounceAtWait(19);
   EXPECT_EQ(attached_.bridge->Connect(true), 1);
   EXPECT_THAT(waits_, SizeIs(19));
-  EXPECT_EQ(CountCancellations(), 1U);
+  EXPECT_EQ(CountCancellations(), 1u);
   attached_.bridge->Disconnect();
 }
 
@@ -43,10 +47,10 @@ TEST_F(Waiting, EndsAfterTwentyTestsAndALaterPhoneIsKnownToTheNextAttempt) {
   AnnounceAtWait(20);
   EXPECT_EQ(attached_.bridge->Connect(true), 0);
   EXPECT_THAT(waits_, Each(100));
-  EXPECT_EQ(CountCancellations(), 1U);
+  EXPECT_EQ(CountCancellations(), 1u);
   EXPECT_EQ(attached_.bridge->Connect(true), 1);
   EXPECT_THAT(waits_, SizeIs(20));
-  EXPECT_EQ(CountCancellations(), 2U);
+  EXPECT_EQ(CountCancellations(), 2u);
   attached_.bridge->Disconnect();
 }
 
@@ -56,7 +60,7 @@ TEST_F(Waiting, LooksAtAnotherWordWithTheLibrariesOfTheWorkFolder) {
       SCOPED_TRACE(testing::Message() << fromWorkFolder << rightWord);
       waits_.clear();
       AnnounceAtWait(1);
-      attached_.bridge->loadedFromWorkFolder = fromWorkFolder ? 1 : 0;
+      attached_.bridge->libraries.loadedFromWorkFolder = fromWorkFolder;
       attached_.phone.setUp.readyWord = fromWorkFolder == rightWord ? 0 : 0x80;
       attached_.phone.setUp.workFolderReadyWord = fromWorkFolder == rightWord ? 0x01000000 : 0;
       EXPECT_EQ(attached_.bridge->Connect(true), rightWord ? 1 : 0);
@@ -84,5 +88,40 @@ TEST_F(Waiting, APhoneMayBeAnnouncedFromAnotherThread) {
   EXPECT_EQ(CountCancellations(), kRepetitions);
 }
 
+// A device record whose bytes cannot be read until something was tried in the middle of its
+// copying.
+std::atomic<bool> copyingBegins = false;
+std::atomic<bool> wordWasRead = false;
+bool wordWasReadInBetween = false;
+void* unreadablePage = nullptr;
+const std::size_t kPageSize = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+
+void OnUnreadable(int) {
+  copyingBegins = true;
+  for (int i = 0; i < 50 && !wordWasRead; ++i) ::usleep(1000);
+  wordWasReadInBetween = wordWasRead;
+  ::mprotect(unreadablePage, kPageSize, PROT_READ);
+}
+
+TEST_F(Waiting, NoWordIsReadWhileTheRecordIsCopied) {
+  unreadablePage = ::mmap(nullptr, kPageSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(unreadablePage, MAP_FAILED);
+  struct sigaction action = {};
+  struct sigaction earlier = {};
+  action.sa_handler = OnUnreadable;
+  ASSERT_EQ(::sigaction(SIGSEGV, &action, &earlier), 0);
+  std::thread reader([] {
+    while (!copyingBegins) std::this_thread::yield();
+    static_cast<void>(DeviceRecordWord(0));
+    wordWasRead = true;
+  });
+  const NotificationRecord record{unreadablePage};
+  OnDeviceNotification(&record);
+  reader.join();
+  ::sigaction(SIGSEGV, &earlier, nullptr);
+  ::munmap(unreadablePage, kPageSize);
+  EXPECT_FALSE(wordWasReadInBetween);
+}
+
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

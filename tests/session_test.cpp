@@ -3,15 +3,15 @@
 
 #include "interface/device_manager.h"
 #include "mobile/device_notification.h"
+#include "stand_in_phone/in_process.h"
 #include "support/attached_phone.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
-using testing::Not;
 
 constexpr std::size_t kReadiness = 16;
 
@@ -40,9 +40,9 @@ std::vector<std::string> ConnectUpTo(const std::string& last,
 }
 
 void ExpectIdle(const MobileDeviceBridge& bridge) {
-  EXPECT_EQ(bridge.afcConnection, 0U);
-  EXPECT_EQ(bridge.sessionStarted, 0U);
-  EXPECT_EQ(bridge.deviceConnected, 0U);
+  EXPECT_EQ(bridge.afcConnection, 0u);
+  EXPECT_EQ(bridge.sessionStarted, 0u);
+  EXPECT_EQ(bridge.deviceConnected, 0u);
 }
 
 TEST(Session, ConnectOpensTheFileConnectionAndDisconnectClosesAll) {
@@ -51,9 +51,9 @@ TEST(Session, ConnectOpensTheFileConnectionAndDisconnectClosesAll) {
   EXPECT_THAT(attached.phone.CalledNames(), ElementsAreArray(kWholeConnect));
   EXPECT_THAT(attached.phone.Log("AMDeviceStartService"),
               ElementsAre("AMDeviceStartService(device, \"com.apple.afc\")"));
-  EXPECT_NE(attached.bridge->afcConnection, 0U);
-  EXPECT_EQ(attached.bridge->deviceConnected, 1U);
-  EXPECT_EQ(attached.bridge->sessionStarted, 1U);
+  EXPECT_NE(attached.bridge->afcConnection, 0u);
+  EXPECT_EQ(attached.bridge->deviceConnected, 1u);
+  EXPECT_EQ(attached.bridge->sessionStarted, 1u);
   EXPECT_TRUE(attached.bridge->pairingRecordPath.empty());
 
   attached.phone.ForgetLog();
@@ -62,7 +62,7 @@ TEST(Session, ConnectOpensTheFileConnectionAndDisconnectClosesAll) {
   EXPECT_THAT(attached.phone.CalledNames(),
               ElementsAre("AFCConnectionClose", "AMDeviceStopSession", "AMDeviceDisconnect"));
   ExpectIdle(*attached.bridge);
-  for (std::size_t offset = 0; offset < 64; offset += 4) EXPECT_EQ(DeviceRecordWord(offset), 0U);
+  for (std::size_t offset = 0; offset < 64; offset += 4) EXPECT_EQ(DeviceRecordWord(offset), 0u);
 }
 
 TEST(Session, AFailingCallUndoesWhatWasDoneBefore) {
@@ -81,7 +81,7 @@ TEST(Session, AFailingCallUndoesWhatWasDoneBefore) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.failing);
-    AttachedPhone attached;
+    AttachedPhone attached({.garbage = true});
     attached.phone.setUp.failures[c.failing] = {};
     EXPECT_EQ(attached.bridge->Connect(true), 0);
     EXPECT_THAT(attached.phone.CalledNames(), ElementsAreArray(ConnectUpTo(c.failing, c.undo)));
@@ -100,56 +100,49 @@ TEST(Session, AServiceNameThatCannotBeMadeIsForTheServiceToRefuse) {
   attached.phone.setUp.failures["CFStringCreateWithCString"] = {};
   EXPECT_EQ(attached.bridge->Connect(true), 0);
   EXPECT_THAT(attached.phone.Log("AMDeviceStartService"),
-              ElementsAre("AMDeviceStartService(device, no string)"));
+              ElementsAre("AMDeviceStartService(device, null)"));
   EXPECT_FALSE(attached.phone.IsSessionOpen());
   ExpectIdle(*attached.bridge);
 }
 
-TEST(Session, PairingIsTriedButDoesNotDecide) {
+TEST(Session, PairingIsTriedAndTheStartOfTheSessionDecides) {
   struct Case {
     const char* what;
     bool paired;
     const char* failing;
+    bool pairIfNeeded;
     std::vector<std::string> pairingCalls;
+    bool connects;
     bool makesRecord;
   };
+  const std::vector<std::string> validation = {"AMDeviceIsPaired", "AMDeviceValidatePairing"};
+  const std::vector<std::string> pairing = {"AMDeviceIsPaired", "AMDevicePair"};
   const Case cases[] = {
-      {"paired", true, "", {"AMDeviceIsPaired", "AMDeviceValidatePairing"}, false},
-      {"validation refused",
-       true,
-       "AMDeviceValidatePairing",
-       {"AMDeviceIsPaired", "AMDeviceValidatePairing"},
-       false},
-      {"not paired", false, "", {"AMDeviceIsPaired", "AMDevicePair"}, true},
-      {"pairing refused", false, "AMDevicePair", {"AMDeviceIsPaired", "AMDevicePair"}, false},
+      {"paired", true, "", true, validation, true, false},
+      {"validation refused", true, "AMDeviceValidatePairing", true, validation, true, false},
+      {"not paired", false, "", true, pairing, true, true},
+      {"pairing refused", false, "AMDevicePair", true, pairing, false, false},
+      {"paired, not looked at", true, "", false, {}, true, false},
+      {"not paired, not looked at", false, "", false, {}, false, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
-    AttachedPhone attached;
+    AttachedPhone attached({.paired = c.paired});
     attached.machine.SetSpecialFolder(CSIDL_APPDATA, "C:\\Data");
     attached.machine.AddFolder("C:\\Data");
-    attached.phone.setUp.paired = c.paired;
     attached.phone.setUp.failures[c.failing] = {};
-    EXPECT_EQ(attached.bridge->Connect(true), 1);
-    std::vector<std::string> calls = attached.phone.CalledNames();
-    EXPECT_THAT(std::vector(calls.begin() + 3, calls.begin() + 5),
-                ElementsAreArray(c.pairingCalls));
-    EXPECT_EQ(attached.machine.Exists("C:\\Data\\Apple Computer\\Lockdown"), !c.paired);
+    EXPECT_EQ(attached.bridge->Connect(c.pairIfNeeded), c.connects ? 1 : 0);
+    const std::vector<std::string> calls = attached.phone.CalledNames();
+    const auto session = std::ranges::find(calls, "AMDeviceStartSession");
+    EXPECT_THAT(std::vector(calls.begin() + 3, session), ElementsAreArray(c.pairingCalls));
+    EXPECT_EQ(attached.machine.Exists("C:\\Data\\Apple Computer\\Lockdown"),
+              !c.paired && c.pairIfNeeded);
     EXPECT_EQ(attached.bridge->pairingRecordPath,
               c.makesRecord ? "C:\\Data\\Apple Computer\\Lockdown\\" +
                                   *attached.phone.setUp.identifier + ".plist"
                             : "");
     attached.bridge->Disconnect();
   }
-}
-
-TEST(Session, NoPairingIsLookedAtWhenNoneIsWanted) {
-  AttachedPhone attached({.paired = false});
-  EXPECT_EQ(attached.bridge->Connect(false), 1);
-  EXPECT_THAT(attached.phone.CalledNames(),
-              Not(testing::Contains(
-                  testing::AnyOf("AMDeviceIsPaired", "AMDevicePair", "AMDeviceValidatePairing"))));
-  attached.bridge->Disconnect();
 }
 
 TEST(Session, TeardownDeletesOnlyThePairingRecordThatTheBridgeMade) {
@@ -175,22 +168,34 @@ TEST(Session, TeardownDeletesOnlyThePairingRecordThatTheBridgeMade) {
     attached.machine.WriteFile(c.file, "a record");
     EXPECT_EQ(attached.bridge->Connect(true), 1);
     attached.bridge->Disconnect();
-    attached.DestroyBridge();
+    attached.bridge.reset();
     EXPECT_EQ(attached.machine.Exists(c.file), c.staysThere);
   }
 }
 
 TEST(Session, ConnectCallsNothingWhenAnEntryPointThatItNeedsIsMissing) {
-  for (const int slot : {1, 2, 3, 4, 5, 7, 9, 10, 11, 12, 13}) {
-    SCOPED_TRACE(slot);
-    const bool isForPairing = slot >= 10 && slot <= 12;
-    AttachedPhone attached;
-    attached.ClearSlot(slot);
+  const struct {
+    const char* missing;
+    bool isForPairing;
+  } cases[] = {
+      {"CFStringCreateWithCString", false},
+      {"CFAllocatorGetDefault", false},
+      {"CFStringGetSystemEncoding", false},
+      {"AMDeviceNotificationSubscribe", false},
+      {"AMDeviceConnect", false},
+      {"AMDeviceStartSession", false},
+      {"AMDeviceStartService", false},
+      {"AFCConnectionOpen", false},
+      {"AMDeviceIsPaired", true},
+      {"AMDeviceValidatePairing", true},
+      {"AMDevicePair", true},
+  };
+  for (const auto& [missing, isForPairing] : cases) {
+    SCOPED_TRACE(missing);
+    AttachedPhone attached({}, missing);
     EXPECT_EQ(attached.bridge->Connect(true), 0);
+    EXPECT_THAT(attached.phone.Log(), IsEmpty());
     EXPECT_EQ(attached.bridge->Connect(false), isForPairing ? 1 : 0);
-    if (!isForPairing) {
-      EXPECT_THAT(attached.phone.Log(), IsEmpty());
-    }
     attached.bridge->Disconnect();
   }
 }
@@ -198,15 +203,13 @@ TEST(Session, ConnectCallsNothingWhenAnEntryPointThatItNeedsIsMissing) {
 TEST(Session, DisconnectSkipsAMissingEntryPoint) {
   const std::vector<std::string> calls = {"AFCConnectionClose", "AMDeviceStopSession",
                                           "AMDeviceDisconnect"};
-  const int slots[] = {14, 8, 6};
   for (std::size_t i = 0; i < calls.size(); ++i) {
     SCOPED_TRACE(calls[i]);
     stand_in::StandInPhone carelessPhone;  // complains about what is left open
-    AttachedPhone attached;
+    AttachedPhone attached({}, calls[i]);
     stand_in::SetCurrentPhone(&carelessPhone);
     EXPECT_EQ(attached.bridge->Connect(true), 1);
     carelessPhone.ForgetLog();
-    attached.ClearSlot(slots[i]);
     EXPECT_EQ(attached.bridge->Disconnect(), 1);
     std::vector<std::string> others = calls;
     others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
@@ -224,19 +227,57 @@ TEST(Session, ThatIsOpenAtTheManagersEndIsLeftAsItIs) {
     manager.bridge = std::move(attached.bridge);
     ASSERT_TRUE(manager.OpenSession());
     carelessPhone.ForgetLog();
-    manager.bridge->coreFoundationModule = nullptr;
-    manager.bridge->mobileDeviceModule = nullptr;
   }
   EXPECT_THAT(carelessPhone.Log(), IsEmpty());
 }
 
 TEST(Session, WithoutTheCancellingEntryPointASubscriptionIsLeft) {
-  AttachedPhone attached;
-  SetUnsubscribeEntry(nullptr);
+  AttachedPhone attached({}, "AMDeviceNotificationUnsubscribe");
   EXPECT_EQ(attached.bridge->Connect(true), 1);
   EXPECT_THAT(attached.phone.Log("AMDeviceNotificationUnsubscribe"), IsEmpty());
   attached.bridge->Disconnect();
-  attached.phone.Unsubscribe(1);
+  AMDeviceNotificationUnsubscribe(1);
+}
+
+// The record of a phone that could not be connected to is kept, and tried again. When the phone has
+// been plugged in again since, only an announcement that comes in time, or another bridge, helps.
+TEST(Session, APhoneThatWasPluggedInAgainMayStayUnreachableForThisBridge) {
+  AttachedPhone attached;
+  DeviceManager manager;
+  manager.bridge = std::move(attached.bridge);
+  attached.phone.setUp.failures["AMDeviceConnect"] = {};
+  EXPECT_FALSE(manager.OpenSession());
+  attached.phone.setUp.unplugAfter = 0;
+  attached.phone.setUp.comesBack = true;
+  attached.phone.setUp.announcement = stand_in::Announcement::kFromAnotherThread;
+  attached.phone.setUp.announcementDelay = std::chrono::hours(1);
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    EXPECT_FALSE(manager.OpenSession());
+    EXPECT_TRUE(manager.CloseSession());
+    EXPECT_NE(DeviceRecordWord(kReadiness), 0u);
+  }
+  manager.bridge.reset();
+  manager.bridge = std::make_unique<MobileDeviceBridge>(stand_in::InProcessLibraries());
+  EXPECT_EQ(DeviceRecordWord(kReadiness), 0u);
+  attached.phone.setUp.announcement = stand_in::Announcement::kBeforeSubscribeReturns;
+  EXPECT_TRUE(manager.OpenSession());
+  EXPECT_TRUE(manager.CloseSession());
+}
+
+TEST(Session, ASecondPhoneTakesThePlaceOfTheFirstAtTheEnd) {
+  AttachedPhone attached({.secondPhone = true});
+  EXPECT_EQ(attached.bridge->Connect(true), 1);
+  EXPECT_EQ(attached.bridge->Disconnect(), 1);
+  ExpectIdle(*attached.bridge);
+  EXPECT_TRUE(attached.phone.IsSessionOpen()) << "the other phone was told that it is over";
+}
+
+TEST(Session, NothingIsCancelledOnceTheLibrariesAreGone) {
+  AttachedPhone attached;
+  attached.bridge.reset();
+  StoreSubscription(1);
+  CancelSubscription();
+  EXPECT_THAT(attached.phone.Log(), IsEmpty());
 }
 
 TEST(Session, ANotificationWithoutARecordIsPassedOver) {
@@ -244,8 +285,8 @@ TEST(Session, ANotificationWithoutARecordIsPassedOver) {
   OnDeviceNotification(nullptr);
   const NotificationRecord withoutDevice{nullptr};
   OnDeviceNotification(&withoutDevice);
-  EXPECT_EQ(DeviceRecordWord(kReadiness), 0U);
+  EXPECT_EQ(DeviceRecordWord(kReadiness), 0u);
 }
 
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

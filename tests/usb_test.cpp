@@ -12,7 +12,7 @@
 #include "usb/registry.h"
 #include "usb/usb_device_list.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 using Names = std::vector<std::string>;
@@ -64,15 +64,17 @@ TEST(Registry, SubkeysAreAppendedUpToTheEndOrTheFirstError) {
   EXPECT_EQ(names, (Names{"kept", "A", "B"}));
   EXPECT_FALSE(EnumerateSubkeys("SYSTEM\\QuaylinkTest", names)) << "no trailing backslash";
   EXPECT_FALSE(EnumerateSubkeys("SYSTEM\\QuaylinkTest\\None\\", names));
-  EXPECT_EQ(names.size(), 3U);
-  names.clear();
-  EXPECT_TRUE(EnumerateSubkeys("", names));
-  EXPECT_EQ(std::ranges::count_if(
-                names, [](const auto& name) { return EqualsIgnoringCase(name, "SYSTEM"); }),
-            1);
+  EXPECT_EQ(names.size(), 3u);
+  for (const char* localMachine : {"", "\\"}) {
+    names.clear();
+    EXPECT_TRUE(EnumerateSubkeys(localMachine, names));
+    EXPECT_EQ(std::ranges::count_if(
+                  names, [](const auto& name) { return EqualsIgnoringCase(name, "SYSTEM"); }),
+              1);
+  }
 }
 
-TEST(Registry, ValuesAreReadAsTextsOfUpTo254Characters) {
+TEST(Registry, ValuesAreReadAsStringsOfUpTo254Characters) {
   TestMachine machine;
   const std::string key = "SYSTEM\\QuaylinkTest";
   const std::string longest(254, 'x');
@@ -82,16 +84,16 @@ TEST(Registry, ValuesAreReadAsTextsOfUpTo254Characters) {
   const struct {
     const char* name;
     bool result;
-    std::string text;
+    std::string value;
   } cases[] = {{"\\Longest", true, longest},
                {"\\TooLong", false, "unchanged"},
                {"\\", true, "default"},
                {"\\None", false, "unchanged"},
                {"\\None\\Longest", false, "unchanged"}};
-  for (const auto& [name, result, text] : cases) {
+  for (const auto& [name, result, value] : cases) {
     std::string read = "unchanged";
     EXPECT_EQ(ReadStringValue(key + name, read), result) << name;
-    EXPECT_EQ(read, text) << name;
+    EXPECT_EQ(read, value) << name;
   }
 }
 
@@ -163,4 +165,4 @@ TEST(UsbDeviceList, WithoutDevicesIsEmptyAndHasNoTypes) {
 }
 
 }  // namespace
-}  // namespace quaylink
+}  // namespace quaylink::test

@@ -5,7 +5,7 @@
  *
  * Two kinds of device are served. A classic player in disk mode is a removable drive whose root
  * holds the folder iPod_Control ("the disk road"). A phone-class device is reached through the
- * maker's own device libraries, which are loaded at run time ("the mobile road"). The first
+ * vendor's own device libraries, which are loaded at run time ("the mobile road"). The first
  * attached Apple device decides the road; the functions are the same on both, and all of them stand
  * in quaylink.h.
  *
@@ -15,8 +15,8 @@
  * InitializeIPod, and after TerminateIPod, every function gives its failure result and does nothing
  * (DisconnectIPod, whose result is always 1, does nothing either).
  *
- * @par Texts
- * All strings are NUL-terminated 8-bit strings. Local paths and the texts of track records are in
+ * @par Strings
+ * All strings are NUL-terminated 8-bit strings. Local paths and the strings of track records are in
  * the system's ANSI code page. Paths on a phone are "/"-separated, at most 255 bytes long, and pass
  * byte for byte. A string passed in is only read, during the call, and stays the caller's.
  *
@@ -28,7 +28,17 @@
  * @par Writing
  * When a phone's file is copied, errors in writing the local file are not noticed: a full disk
  * gives a short file and the result 1. A careful host checks that the disk still has room
- * afterwards.
+ * afterwards. A phone that states a huge size can fill the disk, and keeps the call busy for as
+ * long as it delivers.
+ *
+ * A file of a player's drive is copied by Windows' own copy, with its marks: the copy of a
+ * read-only or hidden file is read-only or hidden, too, and cannot be replaced by another copy as
+ * long as the host has not cleared the mark.
+ *
+ * @par Trust
+ * What a database says is the device's word. A location may name any path, also one of another
+ * computer, when the database was parsed without a detection before; on the disk road copy only
+ * locations that begin with the player's drive letter and ":".
  *
  * @par Threads
  * The functions take no lock: call them from one thread at a time. The library starts no thread.
@@ -76,12 +86,12 @@ extern "C" {
 /** One byte: 0 is false. An argument is true when its low byte is not zero; a result is 0 or 1. */
 typedef unsigned char QuaylinkBool;
 
-/** Size in bytes of each text of a TrackRecord, its terminating NUL included. */
+/** Size in bytes of each string of a TrackRecord, its terminating NUL included. */
 enum { QUAYLINK_TEXT_SIZE = 256 };
 
 /**
- * One track of a parsed database: 1024 bytes, four texts of 256 bytes each, NUL-terminated, in the
- * ANSI code page. A text that the database does not have is empty. A title, an artist or an album
+ * One track of a parsed database: 1024 bytes, four strings of 256 bytes each, NUL-terminated, in
+ * the ANSI code page. One that the database does not have is empty. A title, an artist or an album
  * that does not fit is cut after its last whole character; a location that does not fit is left
  * empty.
  */
@@ -128,7 +138,7 @@ QUAYLINK_EXPORT void QUAYLINK_CALL TerminateIPod(void);
  * Looks for an attached device and chooses the road by the first one found.
  *
  * For a player in disk mode a removable drive B: to Z: must hold `iPod_Control\Music`. The first
- * phone found loads the maker's libraries, and from then on every file function takes the mobile
+ * phone found loads the vendor's libraries, and from then on every file function takes the mobile
  * road until TerminateIPod.
  *
  * @return 1 when a device was found, else 0. For a phone 1 does not mean that it can be reached:
@@ -144,12 +154,19 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL IsIPodConnected(void);
  * A connection that is open already is not tried: when the phone was unplugged meanwhile, call
  * DisconnectIPod first.
  *
+ * When a phone has answered and then refuses the connection, what is known of it is kept, and the
+ * next attempt begins with that. Once it has been plugged in again this may be out of date: the
+ * phone can then stay unreachable, until TerminateIPod and InitializeIPod are called.
+ * DisconnectIPod does not help, since there is no connection.
+ *
  * @return 1 when the phone's connection is open or none is needed, else 0
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL ConnectIPod(void);
 
 /**
- * Closes the connection that ConnectIPod opened, if there is one.
+ * Closes the connection that ConnectIPod opened, if there is one. When another phone was announced
+ * meanwhile, it is that one which is told, and the first phone's session ends when the first phone
+ * gives it up. This holds for every function that closes a connection.
  *
  * @return always 1
  */
@@ -160,8 +177,8 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL DisconnectIPod(void);
  * file system is listed to find it, a connection is opened when none is, and none is open
  * afterwards.
  *
- * @param destinationPath  local file, created or replaced; a failed copy leaves it behind, empty
- *                         or partial
+ * @param destinationPath  local file, created or replaced, unless it is read-only; a failed copy
+ *                         leaves it behind, empty or partial
  * @return 1 when the database was copied, else 0
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyITunesDB(const char* destinationPath);
@@ -190,23 +207,29 @@ QUAYLINK_EXPORT int32_t QUAYLINK_CALL ParseITunesDB(const char* databasePath, in
  * is, and none is open afterwards.
  *
  * @param recordIndex      index of the track's record, from 0
- * @param destinationPath  local file, created or replaced; not touched when recordIndex is out
- *                         of range; a failed copy leaves it behind, empty or partial
+ * @param destinationPath  local file, created or replaced, unless it is read-only; not touched
+ *                         when recordIndex is out of range; a failed copy leaves it behind, empty
+ *                         or partial
  * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile road.
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL CopyFileFromIPod(uint32_t recordIndex,
                                                             const char* destinationPath);
 
 /**
- * Lists every file of a phone, calling the callback once for each, folder by folder. The list is
- * complete before the first call. On the disk road there is nothing to list: 1, and no call.
+ * Lists the files of a phone, calling the callback once for each, folder by folder. The list is
+ * made before the first call. On the disk road there is nothing to list: 1, and no call.
+ *
+ * The list is complete as far as the phone told. A phone that fails to go on with a folder, such as
+ * one that is unplugged meanwhile, ends that folder without a failure; entries that it tells
+ * nothing about are left out.
  *
  * @param autoConnect  true: look for a device, open a connection when none is, and have closed it
  *                     when the callback is called first; false: use the connection that
  *                     ConnectIPod opened
  * @param callback     receives each device path; must not be null
  * @param context      handed to the callback unchanged
- * @return 1 when the listing is complete, else 0 without any call of the callback
+ * @return 1 when every folder that the phone told of could be opened, else 0 without any call of
+ *         the callback
  */
 QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool autoConnect,
                                                                    EnumFileCallback callback,
@@ -219,7 +242,8 @@ QUAYLINK_EXPORT QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool 
  *                         and leave none open; false: use the connection that ConnectIPod opened
  * @param devicePath       path on the phone as EnumGenericFileFromIPod gives it; on the disk road
  *                         a Windows path on the player's drive
- * @param destinationPath  local file, created or replaced; a failed copy may leave it behind
+ * @param destinationPath  local file, created or replaced, unless it is read-only; a failed copy
+ *                         may leave it behind
  * @return 1 when the file was copied, else 0. Errors in writing are not noticed on the mobile
  *         road. A phone's file of no bytes cannot be copied: 0.
  */

@@ -1,4 +1,4 @@
-// All of MobileDevice.dll, which the maker's other library may need.
+// All of MobileDevice.dll, which the vendor's other library may need.
 extern "C" bool CompanionIsThere() {
   return true;
 }

@@ -106,9 +106,9 @@ const MemoryFiles::Node* MemoryFiles::NodeAt(std::string_view path) const {
         next = child.get();
         break;
       }
-      if (next == nullptr && EqualsIgnoringCase(child->name, name)) next = child.get();
+      if (!next && EqualsIgnoringCase(child->name, name)) next = child.get();
     }
-    if (next == nullptr) return nullptr;
+    if (!next) return nullptr;
     node = next;
   }
   return node;
@@ -116,7 +116,7 @@ const MemoryFiles::Node* MemoryFiles::NodeAt(std::string_view path) const {
 
 std::optional<PhoneEntry> MemoryFiles::Find(std::string_view path) const {
   const Node* node = NodeAt(path);
-  if (node == nullptr) return std::nullopt;
+  if (!node) return std::nullopt;
   return PhoneEntry{node->isFolder, node->contents.size()};
 }
 
@@ -130,7 +130,7 @@ std::vector<std::string> MemoryFiles::Names(std::string_view path) const {
 
 std::unique_ptr<std::istream> MemoryFiles::Open(std::string_view path) const {
   const Node* node = NodeAt(path);
-  return std::make_unique<std::istringstream>(node != nullptr ? node->contents : std::string(),
+  return std::make_unique<std::istringstream>(node ? node->contents : std::string(),
                                               std::ios::binary);
 }
 

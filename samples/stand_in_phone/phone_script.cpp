@@ -45,6 +45,8 @@ void Follow(PhoneSetUp& setUp, const std::string& instruction, std::istream& lin
     setUp.identifier = identifier == "none" ? std::nullopt : std::optional(identifier);
   } else if (instruction == "announce") {
     SetAnnouncement(setUp, Rest(line));
+  } else if (instruction == "second-phone") {
+    setUp.secondPhone = true;
   } else if (instruction == "unpaired") {
     setUp.paired = false;
   } else if (instruction == "pairing-records") {
@@ -53,6 +55,13 @@ void Follow(PhoneSetUp& setUp, const std::string& instruction, std::istream& lin
     SetFailure(setUp, line, 1);
   } else if (instruction == "fail-from") {
     SetFailure(setUp, line, UINT_MAX);
+  } else if (instruction == "garbage") {
+    setUp.garbage = true;
+  } else if (instruction == "read-at-most") {
+    line >> setUp.longestRead;
+  } else if (instruction == "unplug-after" || instruction == "replug-after") {
+    line >> setUp.unplugAfter.emplace();
+    setUp.comesBack = instruction == "replug-after";
   } else if (instruction == "size") {
     std::string size;
     line >> size;
@@ -68,19 +77,19 @@ void Follow(PhoneSetUp& setUp, const std::string& instruction, std::istream& lin
 
 PhoneSetUp ReadScript(std::istream& script, const std::filesystem::path& folder) {
   PhoneSetUp setUp;
-  for (std::string text; std::getline(script, text);) {
-    std::istringstream line(text);
+  for (std::string words; std::getline(script, words);) {
+    std::istringstream line(words);
     std::string instruction;
     if (!(line >> instruction) || instruction.starts_with('#')) continue;
     Follow(setUp, instruction, line, folder);
-    if (line.fail()) throw std::runtime_error("an instruction lacks something: " + text);
+    if (line.fail()) throw std::runtime_error("an instruction lacks something: " + words);
   }
   return setUp;
 }
 
 PhoneSetUp SetUpFromEnvironment() {
   const char* name = std::getenv("STAND_IN_PHONE");
-  if (name == nullptr) return {};
+  if (!name) return {};
   try {
     std::ifstream script(name);
     if (!script) throw std::runtime_error("cannot be opened");

@@ -2,15 +2,20 @@
 // STAND_IN_PHONE names a script file of one instruction a line:
 //
 //   folder PATH             serve this folder of the computer as the phone's file system
-//   identifier TEXT         the phone's identifier; "none" for no text at all
-//   announce MILLISECONDS   announce the phone from another thread after that time; "at-once":
-//   before the
-//                           subscribe call returns; "never"
+//   identifier NAME         the phone's identifier; "none" for no string at all
+//   announce WHEN           "at-once": before the subscribe call returns; "never"; or a number of
+//                           milliseconds, after which another thread announces the phone
+//   second-phone            another phone is announced when the file connection opens
 //   unpaired                the phone does not know this computer yet
 //   pairing-records PATH    where pairing leaves a record
 //   fail NAME [N]           the N-th call of that entry point fails (the first when N is left out)
 //   fail-from NAME N        the N-th call and all later ones fail
-//   size TEXT PATH          the phone states this size for that file
+//   garbage                 failing calls write garbage to their outputs
+//   read-at-most N          no read of a file gives more bytes
+//   unplug-after N          the phone is gone after so many calls: all later ones fail
+//   replug-after N          the same, but the next subscriber finds it there again; the device
+//                           record from before has become stale
+//   size NUMBER PATH        the phone states this size for that file
 //   log PATH                add every call and complaint to this file
 //
 // Empty lines and lines that begin with "#" are passed over. Relative paths start at the script's

@@ -1,42 +1,54 @@
-// The log, the announcements and the session of a stand-in phone.
+// The log, the announcements and the failures of a stand-in phone.
 #include "stand_in_phone/stand_in_phone.h"
 
 #include <algorithm>
 #include <cstring>
 #include <fstream>
 
-#include "stand_in_phone/call_text.h"
+#include "stand_in_phone/call.h"
+#include "stand_in_phone/phone_script.h"
 
-namespace quaylink {
-
-// A string object, known again by its mark in a library that did not make it.
-struct ServiceName {
-  static constexpr char kMark[] = "a string";
-
-  std::array<char, sizeof kMark> mark = std::to_array(kMark);
-  std::array<char, 64> text = {};
-};
-
-struct Allocator {};
-
-namespace stand_in {
+namespace quaylink::stand_in {
 namespace {
 
-constexpr StringEncoding kSystemEncoding = 0x0500;
-Allocator defaultAllocator;
+StandInPhone* givenPhone = nullptr;
+thread_local int phoneCodeDepth = 0;
 
-// Set on the thread that announces a phone, which cannot wait for its own end.
-thread_local bool isAnnouncer = false;
-
-std::vector<std::string_view> Names(const std::vector<std::string>& log) {
-  std::vector<std::string_view> names;
-  names.reserve(log.size());
-  for (const std::string& call : log)
-    names.push_back(std::string_view(call).substr(0, call.find('(')));
-  return names;
+std::string NameOf(const std::string& call) {
+  return call.substr(0, call.find('('));
 }
 
 }  // namespace
+
+StandInPhone& CurrentPhone() {
+  if (givenPhone) return *givenPhone;
+  static StandInPhone phone(SetUpFromEnvironment());
+  return phone;
+}
+
+void SetCurrentPhone(StandInPhone* phone) {
+  givenPhone = phone;
+}
+
+PhoneCode::PhoneCode() {
+  const auto tell = CurrentPhone().setUp.aroundCalls;
+  if (phoneCodeDepth++ == 0 && tell) tell(true);
+}
+
+PhoneCode::~PhoneCode() {
+  const auto tell = CurrentPhone().setUp.aroundCalls;
+  if (--phoneCodeDepth == 0 && tell) tell(false);
+}
+
+bool Call::IsPhone(const void* device) const {
+  const auto is = [device](const DeviceRecord& record) {
+    return record != DeviceRecord{} && std::memcmp(device, record.data(), sizeof record) == 0;
+  };
+  if (device && phone_.pluggedIn && is(phone_.deviceRecord)) return true;
+  Expect(device && (is(phone_.deviceRecord) || std::ranges::any_of(phone_.otherRecords, is)),
+         "the device record is not an announced one");
+  return false;
+}
 
 StandInPhone::StandInPhone(PhoneSetUp initialSetUp)
     : setUp(std::move(initialSetUp)), identifier_(setUp.identifier.value_or("")) {}
@@ -46,57 +58,59 @@ StandInPhone::~StandInPhone() {
   for (const std::string& complaint : NeverClosed()) WriteToFile("complaint: " + complaint);
 }
 
-std::vector<std::string> StandInPhone::Log() const {
-  const std::lock_guard lock(mutex_);
-  return log_;
-}
-
 std::vector<std::string> StandInPhone::Log(std::string_view entryPoint) const {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(mutex);
   std::vector<std::string> calls;
-  const std::vector<std::string_view> names = Names(log_);
-  for (std::size_t i = 0; i < log_.size(); ++i) {
-    if (names[i] == entryPoint) calls.push_back(log_[i]);
-  }
+  std::ranges::copy_if(log_, std::back_inserter(calls), [entryPoint](const std::string& call) {
+    return entryPoint.empty() || NameOf(call) == entryPoint;
+  });
   return calls;
 }
 
 std::vector<std::string> StandInPhone::CalledNames() const {
-  const std::lock_guard lock(mutex_);
-  const std::vector<std::string_view> names = Names(log_);
-  return {names.begin(), names.end()};
+  std::vector<std::string> calls = Log();
+  for (std::string& call : calls) call = NameOf(call);
+  return calls;
 }
 
 void StandInPhone::ForgetLog() {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(mutex);
   log_.clear();
 }
 
 std::vector<std::string> StandInPhone::Complaints() const {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(mutex);
   std::vector<std::string> complaints = complaints_;
   std::ranges::copy(NeverClosed(), std::back_inserter(complaints));
   return complaints;
 }
 
 bool StandInPhone::IsSessionOpen() const {
-  const std::lock_guard lock(mutex_);
-  return connected_ || sessionOpen_ || !connections_.empty();
+  const std::lock_guard lock(mutex);
+  return connected || sessionOpen || !connections.empty();
 }
 
 bool StandInPhone::Fails(std::string_view entryPoint, const std::string& arguments) {
   log_.push_back(std::string(entryPoint) + '(' + arguments + ')');
   WriteToFile(log_.back());
-  const auto failing = setUp.failures.find(entryPoint);
-  if (failing == setUp.failures.end()) return false;
-  FailingCalls& calls = failing->second;
-  if (calls.skip > 0) {
-    --calls.skip;
-    return false;
+  // What strings are made by is no phone, and is there without one.
+  const bool asksPhone = !entryPoint.starts_with("CF");
+  if (asksPhone && setUp.unplugAfter && (*setUp.unplugAfter)-- == 0) {
+    setUp.unplugAfter.reset();
+    pluggedIn = connected = sessionOpen = false;
+    otherRecords.push_back(std::exchange(deviceRecord, {}));
   }
-  if (calls.count == 0) return false;
-  --calls.count;
-  return true;
+  const auto failing = setUp.failures.find(entryPoint);
+  if (failing != setUp.failures.end()) {
+    auto& [skip, count] = failing->second;
+    if (skip > 0) {
+      --skip;
+    } else if (count > 0) {
+      --count;
+      return true;
+    }
+  }
+  return asksPhone && !pluggedIn;
 }
 
 bool StandInPhone::Expect(bool condition, std::string_view entryPoint, std::string_view complaint) {
@@ -105,12 +119,6 @@ bool StandInPhone::Expect(bool condition, std::string_view entryPoint, std::stri
     WriteToFile("complaint: " + complaints_.back());
   }
   return condition;
-}
-
-bool StandInPhone::ExpectDevice(std::string_view entryPoint, const void* device) {
-  return Expect(device != nullptr && deviceRecord_ != DeviceRecord{} &&
-                    std::memcmp(device, deviceRecord_.data(), sizeof deviceRecord_) == 0,
-                entryPoint, "the device record is not the announced one");
 }
 
 void StandInPhone::WriteToFile(std::string_view line) const {
@@ -123,215 +131,49 @@ std::vector<std::string> StandInPhone::NeverClosed() const {
   const auto count = [&complaints](std::size_t number, const char* kind) {
     if (number != 0) complaints.push_back(std::to_string(number) + " never closed: " + kind);
   };
-  count(subscriptions_.size(), "subscription");
-  count(directories_.size(), "directory");
-  count(information_.size(), "information");
-  count(files_.size(), "file");
+  count(subscriptions.size(), "subscription");
+  count(directories.size(), "directory");
+  count(information.size(), "information");
+  count(files.size(), "file");
   return complaints;
 }
 
-// Announcements
-
 void StandInPhone::Announce() {
-  std::vector<NotificationHandle> subscriptions;
+  std::vector<std::uint32_t> handles;
   {
-    const std::lock_guard lock(mutex_);
-    for (const auto& [handle, callback] : subscriptions_) subscriptions.push_back(handle);
+    const std::lock_guard lock(mutex);
+    for (const auto& [handle, callback] : subscriptions) handles.push_back(handle);
   }
-  for (const NotificationHandle subscription : subscriptions) AnnounceTo(subscription);
+  for (const std::uint32_t handle : handles) AnnounceTo(handle);
 }
 
-void StandInPhone::AnnounceTo(NotificationHandle subscription) {
+// Every opaque word has a value of its own, so that a record copied in part is noticed.
+DeviceRecord StandInPhone::MakeRecord(std::uint32_t opaque) {
+  DeviceRecord record = {};
+  for (std::uint32_t& word : record) word = opaque++;
+  record[16 / 4] = setUp.readyWord;
+  record[24 / 4] = setUp.identifier ? identifier_.Address() : 0;
+  record[28 / 4] = setUp.workFolderReadyWord;
+  return record;
+}
+
+void StandInPhone::AnnounceTo(std::uint32_t subscription) {
   DeviceRecord handedOut = {};
-  NotificationCallback callback = nullptr;
   {
-    const std::lock_guard lock(mutex_);
-    const auto found = subscriptions_.find(subscription);
-    if (found == subscriptions_.end()) return;
-    callback = found->second;
-    // Every opaque word has a value of its own, so that a record copied in part is noticed.
-    for (std::size_t i = 0; i < handedOut.size(); ++i) {
-      handedOut[i] = 0x5EED0000U + static_cast<std::uint32_t>(i);
-    }
-    handedOut[16 / 4] = setUp.readyWord;
-    handedOut[24 / 4] = setUp.identifier ? identifier_.Address() : 0;
-    handedOut[28 / 4] = setUp.workFolderReadyWord;
-    deviceRecord_ = handedOut;
+    const std::lock_guard lock(mutex);
+    const auto found = subscriptions.find(subscription);
+    if (found == subscriptions.end() || !pluggedIn) return;
+    lastCallback = found->second;
+    handedOut = deviceRecord = MakeRecord(opaqueWord);
   }
-  const NotificationRecord record{handedOut.data()};
-  callback(&record);
+  const void* const notification = handedOut.data();
+  lastCallback(reinterpret_cast<const NotificationRecord*>(&notification));
   handedOut.fill(0);  // who wants to keep it takes a copy
 }
 
 void StandInPhone::JoinAnnouncer() {
-  if (!isAnnouncer && announcer_.joinable()) announcer_.join();
+  // The thread that announces the phone cannot wait for its own end.
+  if (announcer.joinable() && announcer.get_id() != std::this_thread::get_id()) announcer.join();
 }
 
-Status StandInPhone::Subscribe(NotificationCallback callback, std::array<std::uint32_t, 3> zeros,
-                               NotificationHandle* subscription) {
-  constexpr std::string_view kName = "AMDeviceNotificationSubscribe";
-  JoinAnnouncer();
-  std::unique_lock lock(mutex_);
-  if (Fails(kName, ArgumentList("callback", zeros[0], zeros[1], zeros[2]))) return kFailure;
-  Expect(callback != nullptr && zeros == std::array<std::uint32_t, 3>{}, kName, "wrong arguments");
-  const NotificationHandle handle = ++lastHandle_;
-  subscriptions_[handle] = callback;
-  const Announcement announcement = setUp.announcement;
-  lock.unlock();
-
-  if (announcement == Announcement::kBeforeSubscribeReturns) {
-    AnnounceTo(handle);
-  } else if (announcement == Announcement::kFromAnotherThread) {
-    announcer_ = std::thread([this, handle, delay = setUp.announcementDelay] {
-      isAnnouncer = true;
-      std::unique_lock waiting(mutex_);
-      subscriptionsChanged_.wait_for(waiting, delay,
-                                     [&] { return !subscriptions_.contains(handle); });
-      waiting.unlock();
-      AnnounceTo(handle);
-    });
-  }
-  *subscription = handle;
-  return kSuccess;
-}
-
-Status StandInPhone::Unsubscribe(NotificationHandle subscription) {
-  constexpr std::string_view kName = "AMDeviceNotificationUnsubscribe";
-  {
-    const std::lock_guard lock(mutex_);
-    const bool fails = Fails(kName, ArgumentList(subscription));
-    Expect(subscriptions_.erase(subscription) == 1, kName, "the subscription is not open");
-    if (fails) return kFailure;
-  }
-  subscriptionsChanged_.notify_all();
-  JoinAnnouncer();
-  return kSuccess;
-}
-
-// Session
-
-Status StandInPhone::Connect(void* device) {
-  constexpr std::string_view kName = "AMDeviceConnect";
-  const std::lock_guard lock(mutex_);
-  if (Fails(kName, "device")) return kFailure;
-  Expect(!connected_, kName, "connected already");
-  if (!ExpectDevice(kName, device)) return kFailure;
-  connected_ = true;
-  return kSuccess;
-}
-
-Status StandInPhone::Disconnect(void* device) {
-  constexpr std::string_view kName = "AMDeviceDisconnect";
-  JoinAnnouncer();
-  const std::lock_guard lock(mutex_);
-  const bool fails = Fails(kName, "device");
-  ExpectDevice(kName, device);
-  Expect(connected_, kName, "not connected");
-  Expect(!sessionOpen_, kName, "the session is open");
-  connected_ = false;
-  return fails ? kFailure : kSuccess;
-}
-
-Status StandInPhone::StartSession(void* device) {
-  constexpr std::string_view kName = "AMDeviceStartSession";
-  const std::lock_guard lock(mutex_);
-  if (Fails(kName, "device") || !ExpectDevice(kName, device) ||
-      !Expect(connected_, kName, "not connected")) {
-    return kFailure;
-  }
-  Expect(!sessionOpen_, kName, "a session is open already");
-  sessionOpen_ = true;
-  return kSuccess;
-}
-
-Status StandInPhone::StopSession(void* device) {
-  constexpr std::string_view kName = "AMDeviceStopSession";
-  const std::lock_guard lock(mutex_);
-  const bool fails = Fails(kName, "device");
-  ExpectDevice(kName, device);
-  Expect(sessionOpen_, kName, "no session");
-  Expect(connections_.empty(), kName, "a file connection is open");
-  sessionOpen_ = false;
-  services_.clear();
-  return fails ? kFailure : kSuccess;
-}
-
-Status StandInPhone::StartService(void* device, ServiceName* name, ServiceHandle* service,
-                                  std::uint32_t* word) {
-  constexpr std::string_view kName = "AMDeviceStartService";
-  const std::lock_guard lock(mutex_);
-  const bool isString = name != nullptr && name->mark == std::to_array(ServiceName::kMark);
-  if (Fails(kName, ArgumentList("device", isString ? Quoted(name->text.data()) : "no string"))) {
-    return kFailure;
-  }
-  if (!ExpectDevice(kName, device) || !Expect(sessionOpen_, kName, "no session") || !isString ||
-      std::strcmp(name->text.data(), "com.apple.afc") != 0) {
-    return kFailure;
-  }
-  *service = ++lastHandle_;
-  *word = 0xC0FFEE;
-  services_.insert(*service);
-  return kSuccess;
-}
-
-// Pairing
-
-Status StandInPhone::IsPaired(void* device) {
-  constexpr std::string_view kName = "AMDeviceIsPaired";
-  const std::lock_guard lock(mutex_);
-  if (Fails(kName, "device")) return 0;
-  ExpectDevice(kName, device);
-  Expect(connected_, kName, "not connected");
-  return setUp.paired ? 1 : 0;
-}
-
-Status StandInPhone::ValidatePairing(void* device) {
-  constexpr std::string_view kName = "AMDeviceValidatePairing";
-  const std::lock_guard lock(mutex_);
-  if (Fails(kName, "device")) return kFailure;
-  ExpectDevice(kName, device);
-  Expect(connected_ && setUp.paired, kName, "not paired");
-  return kSuccess;
-}
-
-Status StandInPhone::Pair(void* device) {
-  constexpr std::string_view kName = "AMDevicePair";
-  const std::lock_guard lock(mutex_);
-  if (Fails(kName, "device")) return kFailure;
-  ExpectDevice(kName, device);
-  Expect(connected_ && !setUp.paired, kName, "paired already");
-  setUp.paired = true;
-  if (!setUp.pairingRecords.empty()) {
-    std::ofstream(setUp.pairingRecords / (setUp.identifier.value_or("") + ".plist")) << "paired\n";
-  }
-  return kSuccess;
-}
-
-// Texts
-
-Allocator* StandInPhone::GetDefaultAllocator() {
-  const std::lock_guard lock(mutex_);
-  return Fails("CFAllocatorGetDefault", "") ? nullptr : &defaultAllocator;
-}
-
-StringEncoding StandInPhone::GetSystemEncoding() {
-  const std::lock_guard lock(mutex_);
-  return Fails("CFStringGetSystemEncoding", "") ? 0 : kSystemEncoding;
-}
-
-ServiceName* StandInPhone::CreateString(Allocator* allocator, const char* text,
-                                        StringEncoding encoding) {
-  constexpr std::string_view kName = "CFStringCreateWithCString";
-  const std::lock_guard lock(mutex_);
-  const bool fails = Fails(kName, Quoted(text));
-  if (fails || !Expect(allocator == &defaultAllocator && encoding == kSystemEncoding, kName,
-                       "wrong allocator or encoding")) {
-    return nullptr;
-  }
-  ServiceName& name = *names_.emplace_back(std::make_unique<ServiceName>());
-  std::string_view(text).substr(0, name.text.size() - 1).copy(name.text.data(), name.text.size());
-  return &name;
-}
-
-}  // namespace stand_in
-}  // namespace quaylink
+}  // namespace quaylink::stand_in

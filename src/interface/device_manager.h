@@ -37,8 +37,8 @@ class DeviceManager {
   bool OpenSession();
   bool CloseSession();
 
-  // Reads the database file and makes the track records
-  // anew. A failure leaves the records as they were.
+  // Reads the database file and makes the track records anew. A failure leaves the records as they
+  // were.
   bool Parse(const char* databasePath);
 
   bool CopyDatabase(const char* destinationPath);

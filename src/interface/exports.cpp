@@ -1,8 +1,7 @@
-// The ten exported functions: they look the current manager
-// up, keep exceptions in, and leave the rest to it.
+// The ten exported functions: they look the current manager up, keep exceptions in, and leave the
+// rest to it.
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "interface/device_manager.h"
@@ -31,8 +30,8 @@ class WithoutErrorBoxes {
   UINT earlier_;
 };
 
-// The result of an operation on the current manager,
-// or `failure` when there is none or memory runs out.
+// The result of an operation on the current manager, or `failure` when there is none or memory runs
+// out.
 template <class Result, class Operation>
 Result WithManager(Result failure, Operation operation) {
   if (!currentManager) return failure;
@@ -118,8 +117,7 @@ QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool autoConnect,
   // The callback may destroy the manager, and what it throws is not ours to catch.
   for (const std::string& file : files) {
     char devicePath[256];
-    std::memcpy(devicePath, file.c_str(), std::min(file.size() + 1, sizeof(devicePath)));
-    devicePath[sizeof(devicePath) - 1] = '\0';
+    devicePath[file.copy(devicePath, sizeof devicePath - 1)] = '\0';
     callback(devicePath, context);
   }
   return 1;

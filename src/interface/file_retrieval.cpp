@@ -18,8 +18,8 @@ constexpr std::array<std::string_view, 2> kDatabaseDevicePaths = {
     "/iPod_Control/iTunes/iTunesDB",
 };
 
-// The path as spelled above that some listed file
-// equals without regard to case; empty when none does.
+// The path as spelled above that some listed file equals without regard to case; empty when none
+// does.
 std::string_view FindDatabase(const std::vector<std::string>& files) {
   for (const std::string& file : files) {
     for (const std::string_view path : kDatabaseDevicePaths) {
@@ -31,7 +31,7 @@ std::string_view FindDatabase(const std::vector<std::string>& files) {
 
 // Creates the file, or empties it where it exists.
 bool CreateEmptyFile(const char* path) {
-  return LocalFile(fopen(path, "wb")) != nullptr;
+  return static_cast<bool>(OpenLocalFile(path, "wb"));
 }
 
 bool CopyLocalFile(const char* source, const char* destination) {

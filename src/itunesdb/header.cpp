@@ -7,11 +7,10 @@
 namespace quaylink {
 
 std::int32_t CheckTag(Reader& reader, const Tag& tag) {
-  const auto bytes = reader.Peek(kTagLength);
-  const std::string_view found(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  const std::string_view expected(tag, kTagLength);
-  const bool equal = found == expected || EqualsIgnoringCase(found, expected);
-  reader.Skip(bytes.size());
+  char found[kTagLength];
+  const std::size_t length = reader.Read(found, kTagLength);
+  if (length == kTagLength && std::memcmp(found, tag, kTagLength) == 0) return kTagLength;
+  const bool equal = EqualsIgnoringCase({found, length}, {tag, kTagLength});
   return equal ? static_cast<std::int32_t>(kTagLength) : -1;
 }
 

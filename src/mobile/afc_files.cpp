@@ -15,32 +15,31 @@ namespace {
 constexpr std::size_t kLongestPath = 255;  // bytes, a folder's trailing "/" included
 constexpr std::uint32_t kBlockSize = 24576;
 
-bool Equals(const char* text, const char* literal) {
-  return text != nullptr && std::strcmp(text, literal) == 0;
+bool Equals(const char* string, const char* literal) {
+  return string && std::strcmp(string, literal) == 0;
 }
 
 bool CanReadInformation(const EntryPoints& e) {
-  return e.afcFileInfoOpen != nullptr && e.afcKeyValueRead != nullptr &&
-         e.afcKeyValueClose != nullptr;
+  return e.afcFileInfoOpen && e.afcKeyValueRead && e.afcKeyValueClose;
 }
 
 bool CanList(const MobileDeviceBridge& bridge) {
-  const EntryPoints& e = bridge.entryPoints;
-  return bridge.LibrariesLoaded() && bridge.afcConnection != 0 && e.afcDirectoryOpen != nullptr &&
-         e.afcDirectoryClose != nullptr && e.afcDirectoryRead != nullptr && CanReadInformation(e);
+  const EntryPoints& e = bridge.libraries.entryPoints;
+  return bridge.LibrariesLoaded() && bridge.afcConnection != 0 && e.afcDirectoryOpen &&
+         e.afcDirectoryClose && e.afcDirectoryRead && CanReadInformation(e);
 }
 
 bool CanCopy(const MobileDeviceBridge& bridge) {
-  const EntryPoints& e = bridge.entryPoints;
-  return bridge.LibrariesLoaded() && bridge.afcConnection != 0 && e.afcFileRefOpen != nullptr &&
-         e.afcFileRefRead != nullptr && e.afcFileRefClose != nullptr && CanReadInformation(e);
+  const EntryPoints& e = bridge.libraries.entryPoints;
+  return bridge.LibrariesLoaded() && bridge.afcConnection != 0 && e.afcFileRefOpen &&
+         e.afcFileRefRead && e.afcFileRefClose && CanReadInformation(e);
 }
 
 // An open folder of the phone.
 class Directory {
  public:
   Directory(const MobileDeviceBridge& bridge, const char* path)
-      : entryPoints_(bridge.entryPoints),
+      : entryPoints_(bridge.libraries.entryPoints),
         open_(entryPoints_.afcDirectoryOpen(bridge.afcConnection, path, &handle_) == 0) {}
   ~Directory() {
     if (open_) entryPoints_.afcDirectoryClose(nullptr, handle_);
@@ -66,11 +65,11 @@ class Directory {
 class Information {
  public:
   Information(const MobileDeviceBridge& bridge, const char* path)
-      : entryPoints_(bridge.entryPoints) {
+      : entryPoints_(bridge.libraries.entryPoints) {
     if (entryPoints_.afcFileInfoOpen(bridge.afcConnection, path, &handle_) != 0) handle_ = nullptr;
   }
   ~Information() {
-    if (handle_ != nullptr) entryPoints_.afcKeyValueClose(handle_);
+    if (handle_) entryPoints_.afcKeyValueClose(handle_);
   }
   Information(const Information&) = delete;
   Information& operator=(const Information&) = delete;
@@ -81,7 +80,7 @@ class Information {
   bool ReadPair() {
     key_ = nullptr;
     value_ = nullptr;
-    return entryPoints_.afcKeyValueRead(handle_, &key_, &value_) == 0 && key_ != nullptr;
+    return entryPoints_.afcKeyValueRead(handle_, &key_, &value_) == 0 && key_;
   }
   const char* Key() const { return key_; }
   const char* Value() const { return value_; }  // null when the phone gave none
@@ -98,24 +97,24 @@ class DeviceFile {
  public:
   DeviceFile(const MobileDeviceBridge& bridge, const char* path) : bridge_(bridge) {
     // A library that fills only the lower half of the reference finds the upper one zero.
-    const Status status =
-        bridge.entryPoints.afcFileRefOpen(bridge.afcConnection, path, kOpenForReading, &reference_);
+    const Status status = bridge.libraries.entryPoints.afcFileRefOpen(bridge.afcConnection, path,
+                                                                      kOpenForReading, &reference_);
     if (status != 0) reference_ = 0;
   }
   ~DeviceFile() {
-    if (IsOpen()) bridge_.entryPoints.afcFileRefClose(bridge_.afcConnection, reference_);
+    if (IsOpen()) bridge_.libraries.entryPoints.afcFileRefClose(bridge_.afcConnection, reference_);
   }
   DeviceFile(const DeviceFile&) = delete;
   DeviceFile& operator=(const DeviceFile&) = delete;
 
   bool IsOpen() const { return reference_ != 0; }
 
-  // The number of bytes delivered, 1 to `wanted`; 0
-  // when the phone fails or delivers what cannot be.
+  // The number of bytes delivered, 1 to `wanted`; 0 when the phone fails or delivers what cannot
+  // be.
   std::uint32_t Read(void* buffer, std::uint32_t wanted) {
     std::uint32_t length = wanted;
-    const Status status =
-        bridge_.entryPoints.afcFileRefRead(bridge_.afcConnection, reference_, buffer, &length);
+    const Status status = bridge_.libraries.entryPoints.afcFileRefRead(bridge_.afcConnection,
+                                                                       reference_, buffer, &length);
     return status == 0 && length <= wanted ? length : 0;
   }
 
@@ -140,8 +139,8 @@ bool IsWanted(const MobileDeviceBridge& bridge, const std::string& path, Wanted 
   return found;
 }
 
-// Appends the paths of a folder's entries of the
-// wanted kind. False when the folder cannot be opened.
+// Appends the paths of a folder's entries of the wanted kind. False when the folder cannot be
+// opened.
 bool AppendEntries(const MobileDeviceBridge& bridge, const std::string& folder, Wanted wanted,
                    std::vector<std::string>& paths) {
   if (folder.size() > kLongestPath) return false;
@@ -158,7 +157,7 @@ bool AppendEntries(const MobileDeviceBridge& bridge, const std::string& folder, 
   return true;
 }
 
-// The size that the phone states for a file: 0 when it states none or a text without digits.
+// The size that the phone states for a file: 0 when it states none or a string without digits.
 // Nothing when it has no information on the file.
 std::optional<long long> StatedSize(const MobileDeviceBridge& bridge, const char* path) {
   Information information(bridge, path);
@@ -166,7 +165,7 @@ std::optional<long long> StatedSize(const MobileDeviceBridge& bridge, const char
   long long size = 0;
   while (information.ReadPair()) {
     if (!Equals(information.Key(), "st_size")) continue;
-    size = information.Value() != nullptr ? std::strtoll(information.Value(), nullptr, 10) : 0;
+    size = information.Value() ? std::strtoll(information.Value(), nullptr, 10) : 0;
   }
   return size;
 }
@@ -200,7 +199,7 @@ std::int32_t MobileDeviceBridge::ListFiles(std::vector<std::string> folders,
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 std::int32_t MobileDeviceBridge::CopyDeviceFile(std::string localPath, std::string devicePath) {
   if (!CanCopy(*this)) return 0;
-  const LocalFile localFile(fopen(localPath.c_str(), "wb+"));
+  const LocalFile localFile = OpenLocalFile(localPath.c_str(), "wb+");
   if (!localFile) return 0;
   const std::optional<long long> size = StatedSize(*this, devicePath.c_str());
   if (!size || *size <= 0) return 0;

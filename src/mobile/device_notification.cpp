@@ -22,7 +22,7 @@ struct Cancellation {
   NotificationHandle subscription;
 
   void CarryOut() const {
-    if (subscription != 0 && entry != nullptr) entry(subscription);
+    if (subscription != 0 && entry) entry(subscription);
   }
 };
 
@@ -34,11 +34,11 @@ Cancellation TakeSubscription() {
 }  // namespace
 
 void QUAYLINK_CALL OnDeviceNotification(const NotificationRecord* record) noexcept {
-  if (record == nullptr || record->deviceRecord == nullptr) return;
+  if (!record || !record->deviceRecord) return;
   std::unique_lock lock(stateMutex);
   std::memcpy(sharedDeviceRecord.data(), record->deviceRecord, sharedDeviceRecord.size());
-  // A callback that runs before the subscribe call has
-  // returned finds no handle; Connect cancels then.
+  // A callback that runs before the subscribe call has returned finds no handle; Connect cancels
+  // then.
   const Cancellation cancellation = TakeSubscription();
   lock.unlock();
   cancellation.CarryOut();

@@ -11,12 +11,12 @@
 
 namespace quaylink {
 
-// The callback given to the phone library. A record that
-// carries a device is copied, and ends the subscription.
+// The callback given to the phone library. A record that carries a device is copied, and ends the
+// subscription.
 void QUAYLINK_CALL OnDeviceNotification(const NotificationRecord* record) noexcept;
 
-// The address of our copy of the device record: the
-// device argument of every call into the phone library.
+// The address of our copy of the device record: the device argument of every call into the phone
+// library.
 void* DeviceArgument();
 
 // The 32-bit word at that byte offset of the device record.
@@ -27,12 +27,12 @@ void ClearDeviceRecord();
 // Keeps the handle of a subscription that was made.
 void StoreSubscription(NotificationHandle subscription);
 
-// Cancels the stored subscription, unless the callback
-// has done so: each one is cancelled exactly once.
+// Cancels the stored subscription, unless the callback has done so: each one is cancelled exactly
+// once.
 void CancelSubscription();
 
-// The entry point that cancels subscriptions, or null.
-// To be taken back before its library is unloaded.
+// The entry point that cancels subscriptions, or null. To be taken back before its library is
+// unloaded.
 void SetUnsubscribeEntry(UnsubscribeEntry entry);
 
 }  // namespace quaylink

@@ -1,4 +1,4 @@
-// The functions of the maker's two phone libraries, as far as the bridge calls them: 24 entry
+// The functions of the vendor's two phone libraries, as far as the bridge calls them: 24 entry
 // points that are looked up by name at run time. Argument widths are those of the 32-bit libraries;
 // what is a pointer or an opaque object there stays a pointer.
 #pragma once
@@ -37,10 +37,12 @@ using UnsubscribeEntry = Status(QUAYLINK_CALL*)(NotificationHandle subscription)
 
 inline constexpr std::uint64_t kOpenForReading = 2;
 
-// One slot for each entry point that the bridge keeps, in the order of its function table, named
-// like the entry point. A name that its library does not have leaves the slot null.
+enum class PhoneLibrary { kCoreFoundation, kMobileDevice };
+
+// One slot for each entry point, named like it. A name that its library does not have leaves the
+// slot null.
 struct EntryPoints {
-  ServiceName*(QUAYLINK_CALL* cfStringCreateWithCString)(Allocator* allocator, const char* text,
+  ServiceName*(QUAYLINK_CALL* cfStringCreateWithCString)(Allocator* allocator, const char* string,
                                                          StringEncoding encoding) = nullptr;
   Allocator*(QUAYLINK_CALL* cfAllocatorGetDefault)() = nullptr;
   StringEncoding(QUAYLINK_CALL* cfStringGetSystemEncoding)() = nullptr;
@@ -79,8 +81,40 @@ struct EntryPoints {
   Status(QUAYLINK_CALL* afcKeyValueRead)(AfcInformation* information, const char** key,
                                          const char** value) = nullptr;
   Status(QUAYLINK_CALL* afcKeyValueClose)(AfcInformation* information) = nullptr;
-};
 
-static_assert(sizeof(EntryPoints) == 23 * sizeof(DeviceEntry), "23 slots and nothing else");
+  UnsubscribeEntry amDeviceNotificationUnsubscribe = nullptr;
+
+  // Calls `visit` with the library, the name and the slot of each entry point.
+  template <class Visit>
+  void ForEach(Visit visit) {
+    constexpr PhoneLibrary kCore = PhoneLibrary::kCoreFoundation;
+    visit(kCore, "CFStringCreateWithCString", cfStringCreateWithCString);
+    visit(kCore, "CFAllocatorGetDefault", cfAllocatorGetDefault);
+    visit(kCore, "CFStringGetSystemEncoding", cfStringGetSystemEncoding);
+
+    constexpr PhoneLibrary kMobile = PhoneLibrary::kMobileDevice;
+    visit(kMobile, "AMDeviceNotificationSubscribe", amDeviceNotificationSubscribe);
+    visit(kMobile, "AMDeviceConnect", amDeviceConnect);
+    visit(kMobile, "AMDeviceDisconnect", amDeviceDisconnect);
+    visit(kMobile, "AMDeviceStartSession", amDeviceStartSession);
+    visit(kMobile, "AMDeviceStopSession", amDeviceStopSession);
+    visit(kMobile, "AMDeviceStartService", amDeviceStartService);
+    visit(kMobile, "AMDeviceIsPaired", amDeviceIsPaired);
+    visit(kMobile, "AMDeviceValidatePairing", amDeviceValidatePairing);
+    visit(kMobile, "AMDevicePair", amDevicePair);
+    visit(kMobile, "AFCConnectionOpen", afcConnectionOpen);
+    visit(kMobile, "AFCConnectionClose", afcConnectionClose);
+    visit(kMobile, "AFCDirectoryOpen", afcDirectoryOpen);
+    visit(kMobile, "AFCDirectoryClose", afcDirectoryClose);
+    visit(kMobile, "AFCDirectoryRead", afcDirectoryRead);
+    visit(kMobile, "AFCFileRefOpen", afcFileRefOpen);
+    visit(kMobile, "AFCFileRefRead", afcFileRefRead);
+    visit(kMobile, "AFCFileRefClose", afcFileRefClose);
+    visit(kMobile, "AFCFileInfoOpen", afcFileInfoOpen);
+    visit(kMobile, "AFCKeyValueRead", afcKeyValueRead);
+    visit(kMobile, "AFCKeyValueClose", afcKeyValueClose);
+    visit(kMobile, "AMDeviceNotificationUnsubscribe", amDeviceNotificationUnsubscribe);
+  }
+};
 
 }  // namespace quaylink

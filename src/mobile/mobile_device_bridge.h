@@ -1,22 +1,23 @@
-// The bridge to a phone through the maker's own libraries: it loads them, opens and closes the
-// session with the phone, and reads the phone's files. The libraries are loaded once, at creation,
-// and never again. At most one bridge exists at a time.
+// The bridge to a phone through the vendor's own libraries: it opens and closes the session with
+// the phone, and reads the phone's files. The libraries are loaded once, at creation, and never
+// again. At most one bridge exists at a time.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-#include "mobile/entry_points.h"
-#include "platform/windows_api.h"
+#include "mobile/phone_libraries.h"
 
 namespace quaylink {
 
 class MobileDeviceBridge {
  public:
-  // Loads the libraries from the maker's folder or, failing that, from a work folder that is filled
-  // for it. Creation succeeds without libraries too: LibrariesLoaded() tells.
+  // Loads the libraries from the vendor's folder or, failing that, from a work folder that is
+  // filled for it. Creation succeeds without libraries too: LibrariesLoaded() tells.
   MobileDeviceBridge();
+  // Works with the libraries that are handed in.
+  explicit MobileDeviceBridge(PhoneLibraries given);
   // Deletes the pairing record that this bridge made, and unloads the libraries. Closes no
   // connection. A CoreFoundation.dll from the work folder stays loaded until the process ends.
   ~MobileDeviceBridge();
@@ -50,24 +51,15 @@ class MobileDeviceBridge {
   AfcConnection afcConnection = 0;    // 0 when none is open
   std::uint32_t deviceConnected = 0;  // 1 after AMDeviceConnect, until Disconnect
   std::uint32_t sessionStarted = 0;   // 1 after AMDeviceStartSession, until Disconnect
-  HMODULE coreFoundationModule = nullptr;
-  HMODULE mobileDeviceModule = nullptr;
-  std::uint8_t loadedFromWorkFolder = 0;
-  EntryPoints entryPoints;
+  PhoneLibraries libraries;
   // Of a pairing record that this bridge made; empty when there is none.
   std::string pairingRecordPath;
 
  private:
-  enum class WithoutLibraries { kTag };
-  explicit MobileDeviceBridge(WithoutLibraries /*tag*/);
-
-  static bool MobileDeviceSupportPresent();
-  void LookUpEntryPoints();
-
   bool CanConnect(bool pairIfNeeded) const;
   bool WaitForDevice() const;
   std::int32_t EnsurePairing();
-  void SetPairingRecordPath(const char* identifierText);
+  void SetPairingRecordPath(const char* identifier);
 };
 
 }  // namespace quaylink

@@ -34,8 +34,8 @@ std::string ToAnsi(const WCHAR* wide) {
   return length > 0 ? std::string(bytes) : std::string();
 }
 
-// The text of a name that the shell returned for `list`, whichever way it is handed over.
-std::string TextOf(const STRRET& name, LPITEMIDLIST list, IMalloc& allocator) {
+// The string of a name that the shell returned for `list`, whichever way it is handed over.
+std::string StringOf(const STRRET& name, LPITEMIDLIST list, IMalloc& allocator) {
   switch (name.uType) {
     case STRRET_WSTR: {
       const ShellMemory wideName(allocator, name.pOleStr);
@@ -77,7 +77,7 @@ std::string GetSpecialFolderPath(int folderId) {
 
   STRRET name = {};
   if (desktop->GetDisplayNameOf(list, SHGDN_FORPARSING, &name) != S_OK) return {};
-  std::string path = TextOf(name, list, *allocator);
+  std::string path = StringOf(name, list, *allocator);
   // A drive's root has a trailing backslash, and some shells name the documents folder with one.
   if (!path.empty() && LastBackslash(path) == path.size() - 1) path.pop_back();
   return path;

@@ -1,5 +1,5 @@
-// Folders that the shell knows by number. Paths are in
-// the ANSI code page, without a trailing backslash.
+// Folders that the shell knows by number. Paths are in the ANSI code page, without a trailing
+// backslash.
 #pragma once
 
 #include <cstddef>

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "mobile/special_folders.h"
+#include "platform/folder_search.h"
 
 namespace quaylink {
 namespace {
@@ -62,40 +63,7 @@ void CopyItems(const Item (&items)[kCount], const std::string& source, const std
   }
 }
 
-// A search of a folder's entries, closed at the end.
-class FolderSearch {
- public:
-  explicit FolderSearch(const std::string& pattern)
-      : search_(FindFirstFileA(pattern.c_str(), &entry_)),
-        found_(search_ != INVALID_HANDLE_VALUE) {}
-  ~FolderSearch() {
-    if (search_ != INVALID_HANDLE_VALUE) FindClose(search_);
-  }
-  FolderSearch(const FolderSearch&) = delete;
-  FolderSearch& operator=(const FolderSearch&) = delete;
-
-  bool Found() const { return found_; }
-  const WIN32_FIND_DATAA& Entry() const { return entry_; }
-  void Next() { found_ = FindNextFileA(search_, &entry_) != 0; }
-
- private:
-  WIN32_FIND_DATAA entry_ = {};
-  HANDLE search_;
-  bool found_;
-};
-
 }  // namespace
-
-PhoneLibraries LoadPhoneLibraries(const std::string& folder) {
-  const std::string coreFoundation = folder + "CoreFoundation.dll";
-  const std::string mobileDevice = folder + "iTunesMobileDevice.dll";
-  PhoneLibraries libraries;
-  libraries.coreFoundation =
-      LoadLibraryExA(coreFoundation.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  libraries.mobileDevice =
-      LoadLibraryExA(mobileDevice.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
-  return libraries;
-}
 
 PhoneLibraries PrepareWorkFolder() {
   const std::string work = MakeWorkFolder();
@@ -103,7 +71,10 @@ PhoneLibraries PrepareWorkFolder() {
   CopyItems(kApplicationSupportItems, common + "\\Apple\\Apple Application Support\\", work);
   CopyItems(kMobileDeviceItems, common + "\\Apple\\Mobile Device Support\\", work);
   CopyItems(kHostItems, GetApplicationFolder() + "\\", work);
-  return LoadPhoneLibraries(work);
+  PhoneLibraries libraries = LoadPhoneLibraries(work);
+  libraries.loadedFromWorkFolder = true;
+  static_cast<void>(libraries.coreFoundationModule.release());
+  return libraries;
 }
 
 std::string MakeWorkFolder() {

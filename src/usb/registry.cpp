@@ -8,13 +8,14 @@ namespace {
 constexpr DWORD kNameSize = 256;   // bytes, with the NUL
 constexpr DWORD kValueSize = 256;  // bytes; the last one stays zero
 
-// The keys from local machine down to the one at a path, closed again in the opposite order.
+// The keys from local machine down to the one at a path, closed again in the opposite order. A path
+// that begins with a backslash opens the predefined key itself once more, which is never closed.
 class OpenKeys {
  public:
   OpenKeys() = default;
   ~OpenKeys() {
     while (!keys_.empty()) {
-      RegCloseKey(keys_.back());
+      if (keys_.back() != HKEY_LOCAL_MACHINE) RegCloseKey(keys_.back());
       keys_.pop_back();
     }
   }
@@ -77,7 +78,7 @@ bool EnumerateSubkeys(std::string_view path, std::vector<std::string>& names) {
   }
 }
 
-bool ReadStringValue(std::string_view path, std::string& text) {
+bool ReadStringValue(std::string_view path, std::string& value) {
   if (!IsSupportedWindowsNt()) return false;
   std::vector<std::string> components;
   std::string valueName;
@@ -91,7 +92,7 @@ bool ReadStringValue(std::string_view path, std::string& text) {
   const LONG result = RegQueryValueExA(keys.Last(), valueName.c_str(), nullptr, &type,
                                        reinterpret_cast<BYTE*>(data), &dataLength);
   if (result != ERROR_SUCCESS) return false;
-  text = data;
+  value = data;
   return true;
 }
 

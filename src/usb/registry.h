@@ -8,12 +8,12 @@
 
 namespace quaylink {
 
-// True on the Windows NT versions whose registry is
-// known: platform NT with major version 4, 5 or 6.
+// True on the Windows NT versions whose registry is known: platform NT with major version 4, 5 or
+// 6.
 bool IsSupportedWindowsNt();
 
 // Splits a path at its backslashes: appends every piece that a backslash follows to `components`,
-// and makes `remainder` the text after the last backslash.
+// and makes `remainder` what follows the last backslash.
 void SplitRegistryPath(std::string_view path, std::vector<std::string>& components,
                        std::string& remainder);
 
@@ -22,9 +22,9 @@ void SplitRegistryPath(std::string_view path, std::vector<std::string>& componen
 // before its end; names listed until then stay in `names`.
 bool EnumerateSubkeys(std::string_view path, std::vector<std::string>& names);
 
-// Reads a value as a text: the data up to its first NUL, at most 255 bytes with it. The last
+// Reads a value as a string: the data up to its first NUL, at most 255 bytes with it. The last
 // component of the path is the value's name, empty for the key's default value. False when there is
-// no such value or it is longer; `text` then keeps what it held.
-bool ReadStringValue(std::string_view path, std::string& text);
+// no such value or it is longer; `value` then keeps what it held.
+bool ReadStringValue(std::string_view path, std::string& value);
 
 }  // namespace quaylink

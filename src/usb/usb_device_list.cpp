@@ -1,25 +1,19 @@
 #include "usb/usb_device_list.h"
 
-#include <cstdio>
 #include <iterator>
 #include <string>
 
 #include "common/ascii.h"
 #include "common/checked_at.h"
+#include "common/hardware_id.h"
 #include "platform/windows_api.h"
+#include "usb/apple_products.h"
 #include "usb/registry.h"
 
 namespace quaylink {
 namespace {
 
 constexpr std::string_view kUsbTree = "SYSTEM\\CurrentControlSet\\Enum\\USB\\";
-
-// The registry's key name for a product: its hardware id.
-std::string HardwareId(std::uint16_t productId) {
-  char text[24];
-  std::snprintf(text, sizeof text, "VID_05AC&PID_%04X", unsigned{productId});
-  return text;
-}
 
 // Turns the kernel's symbolic name of a device into the path by which a program opens it.
 std::string DevicePath(std::string symbolicName) {
@@ -48,7 +42,7 @@ std::int32_t UsbDeviceList::Enumerate() {
   if (!EnumerateSubkeys(kUsbTree, names)) return -1;
   for (const std::string& name : names) {
     for (std::size_t typeCode = 0; typeCode < std::size(AppleProductIdTable); ++typeCode) {
-      const std::string hardwareId = HardwareId(AppleProductIdTable[typeCode]);
+      const std::string hardwareId = AppleHardwareId(AppleProductIdTable[typeCode].id);
       if (!EqualsIgnoringCase(hardwareId, name)) continue;
       if (!AppendInstances(hardwareId, static_cast<std::int32_t>(typeCode))) return -1;
       break;

@@ -8,13 +8,8 @@
 
 namespace quaylink {
 
-// The USB product ids that are looked for. The position of an id is its device type code.
-inline constexpr std::uint16_t AppleProductIdTable[] = {  // NOLINT(readability-identifier-naming)
-    0x1201, 0x1203, 0x1204, 0x1205, 0x1209, 0x120A, 0x1260, 0x1261, 0x1262,
-    0x1290, 0x1291, 0x1292, 0x1300, 0x1301, 0x1263, 0x1293, 0x1294, 0x129A};
-
 struct UsbDeviceEntry {
-  std::int32_t typeCode;
+  std::int32_t typeCode;  // a position in AppleProductIdTable
 };
 
 // A list lives for one detection: nothing is kept from one to the next.

@@ -7,8 +7,8 @@ import re
 import subprocess
 import unittest
 
-from players import (DOCUMENTED, EXPORTED, SAID, TRACKS, HostTest, contents_of, database,
-                     obey_permissions)
+from players import (DOCUMENTED, EXPORTED, HAVE_RUN, SAID, TRACKS, ProgramTest, contents_of,
+                     database, obey_permissions)
 
 CLONE_NEWNS = 0x20000
 
@@ -21,7 +21,7 @@ def option_names(help_text):
     return sorted(re.findall(r"^  (?:-\w,)?(--[a-z-]+)", help_text, re.MULTILINE))
 
 
-class Failures(HostTest):
+class Failures(ProgramTest):
     def test_files_that_are_no_database_are_named(self):
         whole = database(TRACKS)
         for name, contents, words in [("missing", None, "cannot be opened: No such file or directory"),
@@ -33,6 +33,17 @@ class Failures(HostTest):
                 file.write_bytes(contents)
             self.assertEqual(self.failure("tracks", file), f"quaylink: {file}: {words}\n")
         self.assertIn("is a folder", self.failure("tracks", self.folder))
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        self.assertEqual(self.failure("tracks", pipe), f"quaylink: {pipe}: is no ordinary file\n")
+
+    def test_machine_that_is_no_folder_is_told(self):
+        self.machine.attach_player()
+        environment = dict(self.environment(), QUAYLINK_MACHINE=str(self.folder / "missing"))
+        for command in (["status"], ["export", self.out]):
+            self.assertEqual(self.failure(*command, env=environment), "quaylink: QUAYLINK_MACHINE "
+                             f"names no folder: {self.folder}/missing\n")
+        self.assertFalse(self.out.exists())
 
     def test_database_without_its_end_gives_what_it_has_and_is_told(self):
         self.machine.attach_player()
@@ -58,11 +69,11 @@ class Failures(HostTest):
         self.assertEqual(json.loads(output), {"attached": False, "reachable": False, "kind": None})
         self.assertFalse(self.out.exists())
 
-    def test_phone_without_the_makers_software_gives_advice(self):
+    def test_phone_without_the_vendors_software_gives_advice(self):
         self.machine.attach_phone()
         for library in (self.machine.folder / "drives/C").rglob("*.dll"):
             library.unlink()
-        self.assertIn("on Windows only, with its maker's device software", self.failure("tracks"))
+        self.assertIn("on Windows only, with its vendor's device software", self.failure("tracks"))
 
     def test_temporary_folder_that_is_missing(self):
         self.machine.attach_player()
@@ -178,7 +189,7 @@ class Failures(HostTest):
             self.assertIn("Example", self.run_program(command, "--help")[0])
 
 
-class Completion(HostTest):
+class Completion(ProgramTest):
     """Compares what the shell offers with what the program's help names."""
 
     def setUp(self):
@@ -214,19 +225,25 @@ class Completion(HostTest):
 
 
 class ManualPage(unittest.TestCase):
-    """Comes behind the class above, and looks at what that has made the program say."""
+    """Looks at what the tests of failures make the program say, and runs those that have not run."""
 
     # Of Windows alone; of a disk that takes nothing, see tests/cli_file_copy_test.cpp; of no memory.
     NOT_SAID = ("the phone does not answer. Unlock it", "FILE: this system's code page",
                 "FOLDER: this system's code page", "FILE: the copy came out empty",
                 "there is not enough memory")
 
+    @classmethod
+    def setUpClass(cls):
+        tests = unittest.defaultTestLoader.loadTestsFromTestCase(Failures)
+        missing = unittest.TestSuite(test for test in tests if test.id() not in HAVE_RUN)
+        missing.run(unittest.TestResult())
+
     def test_every_message_of_its_table_is_one_that_the_program_says(self):
         self.assertEqual([message for message in DOCUMENTED
                           if message not in SAID and not message.startswith(self.NOT_SAID)], [])
 
 
-class FullDisk(HostTest):
+class FullDisk(ProgramTest):
     @classmethod
     def setUpClass(cls):
         # What is mounted from here on is seen by this process and its children alone, and goes away

@@ -1,12 +1,14 @@
 """The program with a phone."""
 
 import json
+import os
+import signal
 import unittest
 
-from players import HostTest, contents_of, limit_file_size
+from players import EXPORTED, HeldFile, ProgramTest, contents_of, limit_file_size
 
 
-class Phone(HostTest):
+class Phone(ProgramTest):
     def attach(self, *script):
         self.machine.attach_phone(script=(*script, "log log"))
 
@@ -73,6 +75,40 @@ class Phone(HostTest):
         self.assertIn("5 failed", output)
         self.assertIn("File too large", errors)
         self.assertEqual(self.exported_files(), [])
+
+    def test_first_interrupt_finishes_the_copy_under_way(self):
+        self.attach()
+        held = HeldFile(self.machine.phone / "iPod_Control/Music/F00/BBBB.mp3")
+        process = self.start("export", self.out)
+        held.wait_for_reader()
+        process.send_signal(signal.SIGINT)
+        held.let_go()
+        output, errors = (text.decode() for text in process.communicate(timeout=60))
+        self.assertEqual(process.returncode, 130)
+        self.assertIn("2 copied (60.0 kB), 0 already there, 0 failed, 3 not reached", output)
+        self.assertEqual(errors, "Finishing this copy; press Ctrl-C again to stop at once.\n"
+                         "Interrupted. Run the same command again to copy the rest.\n")
+        self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
+        self.assertIn("3 copied", self.run_program("export", self.out)[0])
+        self.check_export()
+
+
+@unittest.skipIf("thread" in os.environ["QUAYLINK_SANITIZE"],
+                 "the thread sanitizer holds signals back while a copy is blocked")
+class SecondInterrupt(ProgramTest):
+    def test_it_ends_at_once_without_a_part(self):
+        self.machine.attach_phone()
+        held = HeldFile(self.machine.phone / "iPod_Control/Music/F00/BBBB.mp3")
+        process = self.start("export", self.out)
+        held.wait_for_reader()
+        process.send_signal(signal.SIGINT)
+        # The two signals must not become one.
+        process.stderr.readline()
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=60)
+        held.let_go()
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertEqual(self.exported_files(), EXPORTED[:1])
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 """Sample players and phones for the tests of the command-line program, and the running of it."""
 
 import ctypes
+import fcntl
 import os
 import pathlib
 import re
@@ -9,6 +10,7 @@ import signal
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.environ["QUAYLINK_PROGRAM"]
@@ -30,8 +32,9 @@ def documented_messages():
 
 
 DOCUMENTED = documented_messages()
-# The messages of the table that the program has printed in this run of the tests.
+# The messages of the table that the program has printed in this run of the tests, and the tests that have run.
 SAID = set()
+HAVE_RUN = set()
 
 
 def chunk(tag, header_length, fields, body):
@@ -122,7 +125,7 @@ class Machine:
                 file.write_bytes(contents_of(number))
 
 
-class HostTest(unittest.TestCase):
+class ProgramTest(unittest.TestCase):
     def setUp(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="quaylink-test-"))
         self.addCleanup(shutil.rmtree, self.folder)
@@ -132,6 +135,7 @@ class HostTest(unittest.TestCase):
         self.temporary.mkdir()
 
     def tearDown(self):
+        HAVE_RUN.add(self.id())
         self.assertEqual(list(self.temporary.iterdir()), [], "a temporary file was left behind")
 
     def environment(self):
@@ -177,23 +181,46 @@ class HostTest(unittest.TestCase):
             self.assertEqual((self.out / name).read_bytes(), contents_of(number), name)
 
 
-class BlockedTrack:
-    """Stands in for a track's file, and holds whoever copies it until it is told to go on."""
+class HeldFile:
+    """Holds whoever opens a file until it is let go: the system asks the owner of a lease first."""
 
     def __init__(self, file):
-        file.unlink()
-        os.mkfifo(file)
-        self.file = file
+        # To be asked is no reason to end.
+        signal.signal(signal.SIGIO, signal.SIG_IGN)
+        self.file = file.open("rb+")
+        fcntl.fcntl(self.file, fcntl.F_SETLEASE, fcntl.F_WRLCK)
 
     def wait_for_reader(self):
-        self.descriptor = os.open(self.file, os.O_WRONLY)
+        until = time.monotonic() + 30
+        while fcntl.fcntl(self.file, fcntl.F_GETLEASE) == fcntl.F_WRLCK:
+            if time.monotonic() > until:
+                raise TimeoutError("nobody opens the file")
+            time.sleep(0.001)
 
-    def send(self, contents):
-        with os.fdopen(self.descriptor, "wb") as pipe:
-            pipe.write(contents)
+    def let_go(self):
+        self.file.close()
 
-    def close(self):
-        os.close(self.descriptor)
+
+class FullPipe:
+    """An output that takes nothing until it is read."""
+
+    def __init__(self):
+        self.reader, self.writer = os.pipe()
+        self.filling = fcntl.fcntl(self.writer, fcntl.F_SETPIPE_SZ, 4096)
+        os.write(self.writer, bytes(self.filling))
+
+    def read(self):
+        os.close(self.writer)
+        with os.fdopen(self.reader, "rb") as pipe:
+            return pipe.read()[self.filling:].decode()
+
+
+def wait_for(file):
+    until = time.monotonic() + 30
+    while not file.exists():
+        if time.monotonic() > until:
+            raise TimeoutError(f"{file} is not made")
+        time.sleep(0.001)
 
 
 def limit_file_size(size):

@@ -2,38 +2,28 @@
 
 #include <gmock/gmock.h>
 
-#include <cstring>
+#include "stand_in_phone/in_process.h"
 
-#include "mobile/device_notification.h"
+namespace quaylink::test {
 
-namespace quaylink {
-
-AttachedPhone::AttachedPhone(stand_in::PhoneSetUp setUp)
-    : phone(std::move(setUp)), bridge(std::make_unique<MobileDeviceBridge>()) {
+AttachedPhone::AttachedPhone(stand_in::PhoneSetUp setUp, std::string_view missing)
+    : phone(std::move(setUp)) {
   stand_in::SetCurrentPhone(&phone);
-  // Only whether there are libraries is looked at.
-  bridge->coreFoundationModule = reinterpret_cast<HMODULE>(this);
-  bridge->mobileDeviceModule = reinterpret_cast<HMODULE>(this);
-  bridge->entryPoints = stand_in::AllEntryPoints();
-  SetUnsubscribeEntry(stand_in::UnsubscribeFromCurrentPhone);
+  PhoneLibraries libraries = stand_in::InProcessLibraries();
+  int taken = 0;
+  libraries.entryPoints.ForEach([&](PhoneLibrary, std::string_view name, auto& slot) {
+    if (name != missing) return;
+    slot = nullptr;
+    ++taken;
+  });
+  EXPECT_EQ(taken, missing.empty() ? 0 : 1) << missing;
+  bridge = std::make_unique<MobileDeviceBridge>(std::move(libraries));
 }
 
 AttachedPhone::~AttachedPhone() {
-  if (bridge) DestroyBridge();
+  bridge.reset();
   EXPECT_THAT(phone.Complaints(), testing::IsEmpty());
   stand_in::SetCurrentPhone(nullptr);
 }
 
-void AttachedPhone::DestroyBridge() {
-  bridge->coreFoundationModule = nullptr;
-  bridge->mobileDeviceModule = nullptr;
-  bridge.reset();
-}
-
-void AttachedPhone::ClearSlot(int number) {
-  constexpr std::size_t kSlotSize = sizeof(DeviceEntry);
-  char* slots = reinterpret_cast<char*>(&bridge->entryPoints);
-  std::memset(slots + kSlotSize * static_cast<std::size_t>(number - 1), 0, kSlotSize);
-}
-
-}  // namespace quaylink
+}  // namespace quaylink::test

@@ -1,32 +1,28 @@
-// A phone in the test's own process, and a bridge whose slots hold the phone's functions, on a
-// computer without the maker's libraries. At its end the phone must have nothing to complain about.
+// A phone in the test's own process, and a bridge that works with the phone's functions, on a
+// computer without the vendor's libraries. At its end the phone must have nothing to complain
+// about.
 #pragma once
 
 #include <memory>
-#include <string>
-#include <vector>
+#include <string_view>
 
 #include "mobile/mobile_device_bridge.h"
-#include "stand_in_phone/entry_points.h"
+#include "stand_in_phone/stand_in_phone.h"
 #include "support/test_machine.h"
 
-namespace quaylink {
+namespace quaylink::test {
 
 class AttachedPhone {
  public:
-  explicit AttachedPhone(stand_in::PhoneSetUp setUp = {});
+  // With the name of an entry point, the libraries are without that one.
+  explicit AttachedPhone(stand_in::PhoneSetUp setUp = {}, std::string_view missing = {});
   ~AttachedPhone();
   AttachedPhone(const AttachedPhone&) = delete;
   AttachedPhone& operator=(const AttachedPhone&) = delete;
-
-  void DestroyBridge();
-
-  // Empties the slot of that number, 1 to 23, as a library without that entry point would.
-  void ClearSlot(int number);
 
   TestMachine machine;
   stand_in::StandInPhone phone;
   std::unique_ptr<MobileDeviceBridge> bridge;
 };
 
-}  // namespace quaylink
+}  // namespace quaylink::test

@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace quaylink {
+namespace quaylink::test {
 
 // Whether the library at that Windows path is loaded in this process.
 bool IsLibraryLoaded(const std::string& path);
@@ -11,4 +11,4 @@ bool IsLibraryLoaded(const std::string& path);
 // Sets an environment variable as loaded libraries see it; an empty value takes it away.
 void SetEnvironment(const std::string& name, const std::string& value);
 
-}  // namespace quaylink
+}  // namespace quaylink::test

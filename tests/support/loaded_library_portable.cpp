@@ -2,14 +2,14 @@
 
 #include <cstdlib>
 
-#include "platform/portable/machine.h"
+#include "platform/portable/places.h"
 #include "support/loaded_library.h"
 
-namespace quaylink {
+namespace quaylink::test {
 
 bool IsLibraryLoaded(const std::string& path) {
-  void* library = ::dlopen(portable::HostPath(path).c_str(), RTLD_NOW | RTLD_NOLOAD);
-  if (library != nullptr) ::dlclose(library);
+  void* library = ::dlopen(portable::FindPlace(path).path.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  if (library) ::dlclose(library);
   return library != nullptr;
 }
 
@@ -21,4 +21,4 @@ void SetEnvironment(const std::string& name, const std::string& value) {
   }
 }
 
-}  // namespace quaylink
+}  // namespace quaylink::test

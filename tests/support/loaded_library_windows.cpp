@@ -3,7 +3,7 @@
 #include "platform/windows_api.h"
 #include "support/loaded_library.h"
 
-namespace quaylink {
+namespace quaylink::test {
 
 bool IsLibraryLoaded(const std::string& path) {
   return GetModuleHandleA(path.c_str()) != nullptr;
@@ -13,4 +13,4 @@ void SetEnvironment(const std::string& name, const std::string& value) {
   _putenv((name + "=" + value).c_str());
 }
 
-}  // namespace quaylink
+}  // namespace quaylink::test

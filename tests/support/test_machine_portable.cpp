@@ -6,14 +6,19 @@
 #include <fstream>
 #include <iterator>
 
+#include "common/hardware_id.h"
 #include "platform/portable/machine.h"
+#include "platform/portable/places.h"
 #include "support/test_machine.h"
 
-namespace quaylink {
+namespace quaylink::test {
 
 namespace fs = std::filesystem;
 using portable::CurrentMachine;
-using portable::HostPath;
+
+static fs::path ComputerPath(const std::string& path) {
+  return portable::FindPlace(path).path;
+}
 
 static std::ptrdiff_t CountDescriptors() {
   return std::distance(fs::directory_iterator("/proc/self/fd"), {});
@@ -21,7 +26,7 @@ static std::ptrdiff_t CountDescriptors() {
 
 struct TestMachine::State {
   fs::path folder;  // holds a folder for each drive, and local/
-  portable::OpenHandles handlesAtStart = portable::CountOpenHandles();
+  std::size_t handlesAtStart = portable::CountOpenHandles();
   std::ptrdiff_t descriptorsAtStart = CountDescriptors();
 };
 
@@ -31,21 +36,22 @@ TestMachine::TestMachine() : state_(std::make_unique<State>()) {
   fs::create_directory(state_->folder / "local");
   // An empty machine folder gives a computer without drives and devices, but with special folders.
   portable::Machine machine = portable::ReadMachineFolder(state_->folder);
-  machine.update = nullptr;
+  machine.readDevices = nullptr;
+  machine.readDrives = nullptr;
   machine.abortOnBadHandle = true;
   portable::SetCurrentMachine(std::move(machine));
   AddDrive('C', DRIVE_FIXED);
 }
 
 TestMachine::~TestMachine() {
-  EXPECT_TRUE(portable::CountOpenHandles() == state_->handlesAtStart) << "a handle is still open";
+  EXPECT_EQ(portable::CountOpenHandles(), state_->handlesAtStart) << "a handle is still open";
   EXPECT_EQ(CountDescriptors(), state_->descriptorsAtStart) << "a file is still open";
   portable::SetCurrentMachine({});
   fs::remove_all(state_->folder);
 }
 
 void TestMachine::AttachDevice(unsigned productId, std::string_view serial) {
-  CurrentMachine().AttachUsbDevice(productId, serial);
+  CurrentMachine().AttachUsbDevice(AppleHardwareId(productId), serial);
 }
 
 void TestMachine::DetachDevices() {
@@ -53,18 +59,18 @@ void TestMachine::DetachDevices() {
 }
 
 void TestMachine::AddRegistryKey(std::string_view keyPath) {
-  CurrentMachine().localMachine.At(keyPath);
+  CurrentMachine().KeyAt(keyPath);
 }
 
 void TestMachine::SetRegistryText(std::string_view keyPath, std::string_view valueName,
                                   std::string_view text) {
   std::string data(text);
   data.push_back('\0');
-  CurrentMachine().localMachine.At(keyPath).values.push_back({std::string(valueName), data});
+  CurrentMachine().KeyAt(keyPath).values[std::string(valueName)] = data;
 }
 
 bool TestMachine::AddDevicePath(std::string_view devicePath) {
-  CurrentMachine().devicePaths.emplace_back(devicePath);
+  CurrentMachine().devicePaths.emplace(devicePath);
   return true;
 }
 
@@ -79,23 +85,23 @@ void TestMachine::TakeDriveAway(char letter) {
 }
 
 void TestMachine::AddFolder(const std::string& path) {
-  fs::create_directories(HostPath(path));
+  fs::create_directories(ComputerPath(path));
 }
 
 void TestMachine::WriteFile(const std::string& path, std::string_view contents) {
-  const fs::path hostPath = HostPath(path);
-  fs::create_directories(hostPath.parent_path());
-  std::ofstream file(hostPath, std::ios::binary);
+  const fs::path computerPath = ComputerPath(path);
+  fs::create_directories(computerPath.parent_path());
+  std::ofstream file(computerPath, std::ios::binary);
   file << contents;
   ASSERT_TRUE(file.flush()) << "cannot write " << path;
 }
 
 bool TestMachine::Exists(const std::string& path) const {
-  return fs::exists(HostPath(path));
+  return fs::exists(ComputerPath(path));
 }
 
 std::string TestMachine::ReadFile(const std::string& path) const {
-  std::ifstream file(HostPath(path), std::ios::binary);
+  std::ifstream file(ComputerPath(path), std::ios::binary);
   EXPECT_TRUE(file) << "cannot read " << path;
   return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -117,4 +123,4 @@ std::string TestMachine::LocalPath(std::string_view name) const {
   return (state_->folder / "local" / name).string();
 }
 
-}  // namespace quaylink
+}  // namespace quaylink::test

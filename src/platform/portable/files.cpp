@@ -1,140 +1,147 @@
-// Copying, creating, removing and asking about files.
+// Opening, copying, creating, removing and asking about files.
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <link.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstring>
 #include <new>
-#include <vector>
 
-#include "platform/portable/errors.h"
+#include "platform/portable/handles.h"
 #include "platform/portable/machine.h"
 
 namespace quaylink {
 namespace {
 
-namespace fs = std::filesystem;
-using portable::Fail;
-using portable::FailWithErrno;
-using portable::HostPath;
+using portable::Descriptor;
+using portable::FindPlace;
+using portable::Place;
 
 constexpr std::size_t kCopyBlock = std::size_t{256} * 1024;
+constexpr mode_t kAnyoneWrites = 0222;
+constexpr mode_t kFileMode = 0666;    // of what is made, less the process's mask
+constexpr mode_t kFolderMode = 0777;  // the same
+constexpr int kCreate = O_CREAT | O_TRUNC;
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-
-  int Number() const { return number_; }
-  bool IsOpen() const { return number_ >= 0; }
-  // Some file systems report a failed write only here.
-  bool Close() {
-    const bool closed = number_ < 0 || ::close(number_) == 0;
-    number_ = -1;
-    return closed;
-  }
-
- private:
-  int number_;
-};
-
-bool WriteAll(const Descriptor& file, const char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(file.Number(), bytes, size);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
-    bytes += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
+bool IsReadOnly(const struct stat& status) {
+  return (status.st_mode & kAnyoneWrites) == 0;
 }
 
-// Copies what is left of the source. The result is null,
-// or the path on which a call failed, with errno set.
-const fs::path* CopyContents(const Descriptor& source, const fs::path& sourcePath,
-                             const Descriptor& destination, const fs::path& destinationPath) {
+bool IsSame(const struct stat& a, const struct stat& b) {
+  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+bool IsLoadedLibrary(const struct stat& file) {
+  const auto isFile = [](dl_phdr_info* library, std::size_t /*size*/, void* data) {
+    struct stat status;
+    const bool exists = ::stat(library->dlpi_name, &status) == 0;
+    return exists && IsSame(status, *static_cast<const struct stat*>(data)) ? 1 : 0;
+  };
+  struct stat wanted = file;
+  return ::dl_iterate_phdr(isFile, &wanted) != 0;
+}
+
+// On a drive nothing else is taken for a file; elsewhere the host may mean a device, such as
+// /dev/null, but not a pipe, which could block for ever.
+bool IsFile(const Place& place, const struct stat& status) {
+  return S_ISREG(status.st_mode) || (!place.isOnDrive && S_ISCHR(status.st_mode));
+}
+
+int OpenEntry(const Place& place, int flags) {
+  const int number = ::openat(place.folder.Number(), place.name.c_str(), flags, kFileMode);
+  if (number >= 0) return number;
+  if (errno == EINTR) return OpenEntry(place, flags);
+  // Whoever has a lease of the file gives it back.
+  const bool isLeased = errno == EWOULDBLOCK && (flags & O_NONBLOCK) != 0;
+  return isLeased ? OpenEntry(place, flags & ~O_NONBLOCK) : number;
+}
+
+// Not open when it cannot be opened in that way on Windows.
+Descriptor OpenFile(const Place& place, int flags) {
+  struct stat status;
+  const bool exists = place.Describe(status);
+  if (exists && !IsFile(place, status)) return Descriptor();
+  const bool isToChange = exists && (flags & kCreate) != 0;
+  if (isToChange && (IsReadOnly(status) || IsLoadedLibrary(status))) return Descriptor();
+  const int careful = place.isOnDrive ? O_NOFOLLOW | O_NONBLOCK : 0;
+  Descriptor file(OpenEntry(place, flags | careful | O_CLOEXEC));
+  // Another file may have taken its place.
+  const bool isFile = ::fstat(file.Number(), &status) == 0 && IsFile(place, status);
+  return isFile ? std::move(file) : Descriptor();
+}
+
+bool CopyContents(const Descriptor& source, const Descriptor& destination) {
   std::vector<char> block(kCopyBlock);
   while (true) {
-    const ssize_t size = ::read(source.Number(), block.data(), block.size());
-    if (size < 0 && errno == EINTR) continue;
-    if (size < 0) return &sourcePath;
-    if (size == 0) return nullptr;
-    if (!WriteAll(destination, block.data(), static_cast<std::size_t>(size))) {
-      return &destinationPath;
+    ssize_t left = ::read(source.Number(), block.data(), block.size());
+    if (left < 0 && errno == EINTR) continue;
+    if (left <= 0) return left == 0;
+    for (const char* next = block.data(); left > 0;) {
+      const ssize_t size = ::write(destination.Number(), next, static_cast<std::size_t>(left));
+      if (size < 0 && errno != EINTR) return false;
+      next += std::max<ssize_t>(size, 0);
+      left -= std::max<ssize_t>(size, 0);
     }
   }
 }
 
-bool IsSameFile(const struct stat& a, const struct stat& b) {
-  return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 }  // namespace
 
+LocalFile OpenLocalFile(const char* path, const char* mode) {
+  const int writing = (std::strchr(mode, '+') ? O_RDWR : O_WRONLY) | kCreate;
+  Descriptor file = OpenFile(FindPlace(path), *mode == 'r' ? O_RDONLY : writing);
+  LocalFile stream(file.IsOpen() ? ::fdopen(file.Number(), mode) : nullptr);
+  if (stream) file.Release();
+  return stream;
+}
+
+bool RemoveLocalFile(const char* path) try {
+  const Place place = FindPlace(path);
+  struct stat status;
+  return place.Describe(status) && !IsReadOnly(status) &&
+         ::unlinkat(place.folder.Number(), place.name.c_str(), 0) == 0;
+} catch (const std::bad_alloc&) {
+  return false;
+}
+
 BOOL CopyFileA(const char* source, const char* destination, BOOL failIfExists) {
-  if (failIfExists != 0) return Fail(ERROR_INVALID_PARAMETER);
-  const fs::path sourcePath = HostPath(source);
-  Descriptor from(::open(sourcePath.c_str(), O_RDONLY | O_CLOEXEC));
-  if (!from.IsOpen()) return FailWithErrno(errno, sourcePath);
-  struct stat sourceStatus;
-  if (::fstat(from.Number(), &sourceStatus) != 0) return FailWithErrno(errno, sourcePath);
-  if (S_ISDIR(sourceStatus.st_mode)) return Fail(ERROR_ACCESS_DENIED);
-
-  const fs::path destinationPath = HostPath(destination);
+  const Descriptor from = OpenFile(FindPlace(source), O_RDONLY);
+  struct stat status;
+  if (failIfExists != 0 || ::fstat(from.Number(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return 0;
+  }
+  const Place place = FindPlace(destination);
   struct stat oldStatus;
-  const bool exists = ::stat(destinationPath.c_str(), &oldStatus) == 0;
-  if (exists && IsSameFile(sourceStatus, oldStatus)) return Fail(ERROR_SHARING_VIOLATION);
-  constexpr mode_t kAnyone = 0666;  // less the process's mask
-  Descriptor to(::open(destinationPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, kAnyone));
-  if (!to.IsOpen()) return FailWithErrno(errno, destinationPath);
+  if (place.Describe(oldStatus) && IsSame(status, oldStatus)) return 0;
+  Descriptor to = OpenFile(place, O_WRONLY | kCreate);
+  if (!to.IsOpen() || !CopyContents(from, to)) return 0;
 
-  const fs::path* failed = CopyContents(from, sourcePath, to, destinationPath);
-  if (failed != nullptr) return FailWithErrno(errno, *failed);
-  // The copy keeps the time of the last write, where the file system can.
-  const timespec times[] = {sourceStatus.st_atim, sourceStatus.st_mtim};
-  static_cast<void>(::futimens(to.Number(), times));
-  return to.Close() ? 1 : FailWithErrno(errno, destinationPath);
+  // The copy keeps the time of the last write, where the file system can, and the read-only mark.
+  struct stat copied;
+  if (::fstat(to.Number(), &copied) == 0 && S_ISREG(copied.st_mode)) {
+    const timespec times[] = {status.st_atim, status.st_mtim};
+    static_cast<void>(::futimens(to.Number(), times));
+    if (IsReadOnly(status)) ::fchmod(to.Number(), copied.st_mode & 0777 & ~kAnyoneWrites);
+  }
+  return to.Close() ? 1 : 0;
 }
 
 BOOL CreateDirectoryA(const char* path, void* /*securityAttributes*/) {
-  const fs::path hostPath = HostPath(path);
-  constexpr mode_t kAnyone = 0777;
-  if (::mkdir(hostPath.c_str(), kAnyone) == 0) return 1;
-  if (errno == EEXIST) return Fail(ERROR_ALREADY_EXISTS);
-  return errno == ENOENT ? Fail(ERROR_PATH_NOT_FOUND) : FailWithErrno(errno, hostPath);
+  constexpr std::size_t kRoomForAName = 12;
+  const Place place = FindPlace(path, kRoomForAName);
+  return ::mkdirat(place.folder.Number(), place.name.c_str(), kFolderMode) == 0 ? 1 : 0;
+}
+
+DWORD portable::AttributesOf(const struct stat& status) {
+  if (S_ISDIR(status.st_mode)) return FILE_ATTRIBUTE_DIRECTORY;
+  return IsReadOnly(status) ? FILE_ATTRIBUTE_READONLY : FILE_ATTRIBUTE_NORMAL;
 }
 
 DWORD GetFileAttributesA(const char* path) {
-  const fs::path hostPath = HostPath(path);
   struct stat status;
-  if (::stat(hostPath.c_str(), &status) != 0) {
-    FailWithErrno(errno, hostPath);
-    return INVALID_FILE_ATTRIBUTES;
-  }
-  return S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_NORMAL;
-}
-
-std::FILE* fopen(const char* path, const char* mode) {
-  std::FILE* file = std::fopen(HostPath(path).c_str(), mode);
-  struct stat status;
-  // A folder can be opened for reading here, but not on Windows.
-  if (file != nullptr && ::fstat(::fileno(file), &status) == 0 && S_ISDIR(status.st_mode)) {
-    std::fclose(file);
-    errno = EACCES;
-    return nullptr;
-  }
-  return file;
-}
-
-int _unlink(const char* path) {
-  try {
-    return ::unlink(HostPath(path).c_str());
-  } catch (const std::bad_alloc&) {
-    errno = ENOMEM;
-    return -1;
-  }
+  return FindPlace(path).Describe(status) ? portable::AttributesOf(status)
+                                          : INVALID_FILE_ATTRIBUTES;
 }
 
 }  // namespace quaylink

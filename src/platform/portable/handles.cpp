@@ -1,11 +1,14 @@
+// What is open, and the opening of devices.
 #include "platform/portable/handles.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
 #include "platform/portable/machine.h"
 
-namespace quaylink::portable {
+namespace quaylink {
+namespace portable {
 
 void ReportBadHandle(const char* what) {
   if (!CurrentMachine().abortOnBadHandle) return;
@@ -13,21 +16,33 @@ void ReportBadHandle(const char* what) {
   std::abort();
 }
 
-std::uintptr_t NextHandleValue() {
-  // Multiples of 4 that do not look like small numbers, as on Windows.
-  static std::uintptr_t last = 0x100;
-  return last += 4;
-}
-
 Handles& OpenHandleTables() {
   static Handles handles;
   return handles;
 }
 
-OpenHandles CountOpenHandles() {
-  const Handles& handles = OpenHandleTables();
-  return {handles.registryKeys.Count(), handles.devices.Count(), handles.searches.Count(),
-          handles.shellObjects};
+std::size_t CountOpenHandles() {
+  Handles& handles = OpenHandleTables();
+  return handles.registryKeys.All().size() + handles.devices.All().size() +
+         handles.searches.All().size() + handles.shellObjects;
 }
 
-}  // namespace quaylink::portable
+}  // namespace portable
+
+HANDLE CreateFileA(const char* path, DWORD access, DWORD shareMode, void* securityAttributes,
+                   DWORD disposition, DWORD flags, HANDLE templateFile) {
+  auto& devices = portable::OpenHandleTables().devices;
+  const bool isKnownUse = access == (GENERIC_READ | GENERIC_WRITE) && shareMode == 0 &&
+                          !securityAttributes && disposition == OPEN_EXISTING && flags == 0 &&
+                          !templateFile;
+  const auto isPath = [path](const auto& open) { return EqualsIgnoringCase(open.second, path); };
+  const bool isInUse = std::ranges::any_of(devices.All(), isPath);
+  const bool isThere = portable::CurrentMachine().devicePaths.contains(std::string_view(path));
+  return isKnownUse && isThere && !isInUse ? devices.Add(path) : INVALID_HANDLE_VALUE;
+}
+
+BOOL CloseHandle(HANDLE handle) {
+  return portable::OpenHandleTables().devices.Close(handle, "CloseHandle");
+}
+
+}  // namespace quaylink

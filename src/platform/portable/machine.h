@@ -1,37 +1,35 @@
 // The computer that the portable Windows functions see. A test fills one in a few lines and makes
 // it current; otherwise it is read from the folder that QUAYLINK_MACHINE names, and without that it
-// is the computer itself. Windows paths and registry texts are in the machine's ANSI code page,
-// host paths in UTF-8.
+// is the computer itself. Windows paths and registry strings are in the machine's ANSI code page,
+// the computer's own paths in UTF-8.
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "common/ascii.h"
 #include "platform/portable/windows_functions.h"
 
 namespace quaylink::portable {
 
-struct RegistryValue {
-  std::string name;
-  std::string data;  // the stored bytes, a text's terminating NUL included where it has one
+// The order in which Windows lists names, and in which case makes no difference.
+struct NameOrder {
+  using is_transparent = void;
+  bool operator()(std::string_view a, std::string_view b) const {
+    const auto upper = [](char c) { return static_cast<unsigned char>(AsciiUpper(c)); };
+    return std::ranges::lexicographical_compare(a, b, {}, upper, upper);
+  }
 };
 
 struct RegistryKey {
-  std::string name;
-  std::vector<RegistryKey> subkeys;  // in the order in which they are enumerated
-  std::vector<RegistryValue> values;
+  // The stored bytes by the value's name, a string's terminating NUL included where it has one.
+  std::map<std::string, std::string, NameOrder> values;
   bool refusesToOpen = false;
-
-  // The subkey of that name (without regard to case), or null.
-  RegistryKey* Find(std::string_view subkeyName);
-  // The same, added at the end when missing.
-  RegistryKey& Subkey(std::string_view subkeyName);
-  // The key at a path of names separated by backslashes, added where missing.
-  RegistryKey& At(std::string_view path);
 };
 
 struct Drive {
@@ -39,8 +37,9 @@ struct Drive {
   std::filesystem::path root;  // the folder that holds the drive's contents
 };
 
-// In which form the shell hands a folder's name out, or at which step its look-up fails.
-enum class ShellName { kWide, kOffset, kInline, kUnknownKind, kNoLocation, kNoDisplayName };
+// In which form the shell hands a folder's name out (0 to 2 are its own numbers for them), or none
+// for a folder that it only locates.
+enum class ShellName : UINT { kWide, kOffset, kInline, kUnknownKind, kNone };
 
 struct SpecialFolder {
   std::string path;  // a Windows path, without a trailing backslash
@@ -51,10 +50,11 @@ struct Machine {
   DWORD platformId = VER_PLATFORM_WIN32_NT;
   DWORD majorVersion = 6;
   DWORD minorVersion = 1;
-  RegistryKey localMachine;
-  std::vector<std::string> devicePaths;  // those that CreateFileA can open, without regard to case
-  std::map<char, Drive> drives;          // by upper-case letter
-  std::map<int, SpecialFolder> specialFolders;  // by folder number
+  // By the path below local machine. Every key has those above it.
+  std::map<std::string, RegistryKey, NameOrder> registry;
+  std::set<std::string, NameOrder> devicePaths;  // those that CreateFileA can open
+  std::map<char, Drive> drives;                  // by upper-case letter
+  std::map<int, SpecialFolder> specialFolders;   // by folder number
   bool shellHasDesktop = true;
   bool shellHasAllocator = true;
   UINT ansiCodePage = CP_UTF8;  // or 1252; 932 too, but nothing is converted to that
@@ -63,46 +63,46 @@ struct Machine {
   bool abortOnBadHandle = false;
   std::function<void(DWORD)> sleep;          // in place of waiting, when set
   std::function<HRESULT(GUID*)> createGuid;  // in place of the system's random source, when set
-  // Reads devices and drives anew from where they come from, when set.
-  std::function<void(Machine&)> update;
+  // These read anew what comes and goes, when set: the devices when a listing of the registry's USB
+  // tree begins, the drives when a look at their letters begins or one is missing.
+  std::function<void(Machine&)> readDevices;
+  std::function<void(Machine&)> readDrives;
+  char lastLetterAskedFor = '\0';  // by GetDriveTypeA: a look at the letters is in their order
 
-  // Adds the registry entries and the device path of an attached USB device, as Windows would. A
-  // hardware id is of the form VID_05AC&PID_1261; a product id alone means one of Apple's.
+  // The key at a path, added where missing.
+  RegistryKey& KeyAt(std::string_view path);
+
+  // Adds the registry keys and the device path of an attached USB device, as Windows would. A
+  // hardware id is of the form VID_05AC&PID_1261.
   void AttachUsbDevice(std::string_view hardwareId, std::string_view serial);
-  void AttachUsbDevice(unsigned productId, std::string_view serial);
   // Leaves no attached device, and an empty USB tree in the registry.
   void DetachUsbDevices();
 };
+
+// Where the registry lists USB devices, below local machine.
+inline constexpr std::string_view kUsbTree = "SYSTEM\\CurrentControlSet\\Enum\\USB";
 
 // The machine described by a folder: drives/<letter>/… (C is fixed, the others removable) and
 // usb/<VID_xxxx&PID_xxxx>/<serial> for each attached device.
 Machine ReadMachineFolder(const std::filesystem::path& folder);
 
-// The computer that the program runs on: Apple's USB devices in sysfs, and removable volumes as
-// drives from D on, in the order of the mount table (of the form of /proc/self/mountinfo). It has
-// no special folders.
+// The computer that the program runs on: Apple's USB devices in sysfs, and as drives from D on the
+// folders at which removable volumes are mounted, in the order of the mount table (of the form of
+// /proc/self/mountinfo). It has no special folders.
 Machine ReadComputer(const std::filesystem::path& sysfs, const std::filesystem::path& mountTable);
 
 // The machine that all functions of this layer work on, until it is replaced.
 Machine& CurrentMachine();
 void SetCurrentMachine(Machine machine);
 
-// The current machine with its devices and drives read anew.
-Machine& UpToDateMachine();
+// A string of the current machine's ANSI code page in UTF-16 and in UTF-8, and back ("?" for what
+// the code page lacks).
+std::u16string WideStringOf(std::string_view ansi);
+std::string Utf8StringOf(std::string_view ansi);
+std::string AnsiStringOf(std::string_view utf8);
 
-// The host's own path of a local path (see windows_functions.h). Empty for a path that cannot be on
-// this machine: a drive that it does not have, a network or device path, a name with a character
-// that Windows refuses. Components that do not exist keep their spelling.
-std::filesystem::path HostPath(std::string_view localPath);
-
-// Handles that are open now: what a test compares before and after an operation.
-struct OpenHandles {
-  int registryKeys = 0;
-  int devices = 0;
-  int searches = 0;
-  int shellObjects = 0;  // identifier lists, names, desktop folders and allocators handed out
-  bool operator==(const OpenHandles&) const = default;
-};
-OpenHandles CountOpenHandles();
+// How many registry keys, devices, searches and objects of the shell (identifier lists, names,
+// desktop folders, allocators) are open or handed out: what a test compares with later.
+std::size_t CountOpenHandles();
 
 }  // namespace quaylink::portable

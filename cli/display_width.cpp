@@ -1,4 +1,4 @@
-#include "cli/text_width.h"
+#include "cli/display_width.h"
 
 #include <algorithm>
 #include <iterator>
@@ -77,20 +77,20 @@ std::size_t CharacterWidth(char32_t character) {
 
 }  // namespace
 
-std::size_t DisplayWidth(std::string_view text) {
+std::size_t DisplayWidth(std::string_view string) {
   std::size_t width = 0;
-  for (const char32_t character : Decode(text)) width += CharacterWidth(character);
+  for (const char32_t character : Decode(string)) width += CharacterWidth(character);
   return width;
 }
 
-std::string Fit(std::string_view text, std::size_t width) {
-  const std::size_t textWidth = DisplayWidth(text);
-  if (textWidth <= width) return std::string(text) + std::string(width - textWidth, ' ');
+std::string Fit(std::string_view string, std::size_t width) {
+  const std::size_t stringWidth = DisplayWidth(string);
+  if (stringWidth <= width) return std::string(string) + std::string(width - stringWidth, ' ');
   if (width == 0) return {};
   constexpr char32_t kEllipsis = 0x2026;
   std::u32string kept;
   std::size_t used = 0;
-  for (const char32_t character : Decode(text)) {
+  for (const char32_t character : Decode(string)) {
     const std::size_t next = CharacterWidth(character);
     if (used + next > width - 1) break;
     kept += character;

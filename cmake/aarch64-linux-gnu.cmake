@@ -1,0 +1,13 @@
+# The build for 64-bit ARM Linux, by GNU's cross compiler.
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR aarch64)
+
+set(toolPrefix aarch64-linux-gnu)
+set(CMAKE_C_COMPILER ${toolPrefix}-gcc)
+set(CMAKE_CXX_COMPILER ${toolPrefix}-g++)
+
+set(CMAKE_FIND_ROOT_PATH /usr/${toolPrefix})
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
