@@ -1,4 +1,4 @@
-# The target `docs`: the reference of the public header as HTML, in docs/html of the build folder. Needs Doxygen.
+# The target `docs`: the reference of the public headers as HTML, in docs/html of the build folder. Needs Doxygen.
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
   return()
@@ -14,7 +14,7 @@ set(DOXYGEN_WARN_AS_ERROR YES)
 set(DOXYGEN_MACRO_EXPANSION YES)
 set(DOXYGEN_EXPAND_ONLY_PREDEF YES)
 set(DOXYGEN_PREDEFINED QUAYLINK_EXPORT= QUAYLINK_CALL=)
-doxygen_add_docs(docs include/quaylink/quaylink.h COMMENT "Making the reference of the public header")
+doxygen_add_docs(docs include/quaylink COMMENT "Making the reference of the public headers")
 if(QUAYLINK_TESTS AND NOT CMAKE_CROSSCOMPILING)
   add_test(NAME reference_builds_without_a_warning
            COMMAND ${CMAKE_COMMAND} --build ${PROJECT_BINARY_DIR} --target docs)

@@ -67,6 +67,16 @@
 #define QUAYLINK_EXPORT
 #endif
 
+/** @name The version of this header, and of the library that comes with it. */
+/** @{ */
+#define QUAYLINK_VERSION_MAJOR 1 /**< Grows when hosts have to be changed. */
+#define QUAYLINK_VERSION_MINOR 0 /**< Grows when something is added. */
+#define QUAYLINK_VERSION_PATCH 0 /**< Grows when nothing but faults are mended. */
+/** All three in one number, which grows from version to version. */
+#define QUAYLINK_VERSION \
+  (QUAYLINK_VERSION_MAJOR * 65536 + QUAYLINK_VERSION_MINOR * 256 + QUAYLINK_VERSION_PATCH)
+/** @} */
+
 #ifdef __cplusplus
 extern "C" {
 #endif
