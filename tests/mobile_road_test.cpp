@@ -35,7 +35,7 @@ class MobileRoad : public testing::Test {
     phone.phone.setUp.files = files;
     manager.bridge = std::move(phone.bridge);
   }
-  ~MobileRoad() override { manager.CloseSession(); }
+  ~MobileRoad() override { EXPECT_TRUE(manager.CloseSession()); }
 
   void AddMusic() {
     files->AddFile("/iTunes_Control/iTunes/iTunesDB", kDatabase);

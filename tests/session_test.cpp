@@ -243,21 +243,25 @@ TEST(Session, WithoutTheCancellingEntryPointASubscriptionIsLeft) {
 // been plugged in again since, only an announcement that comes in time, or another bridge, helps.
 TEST(Session, APhoneThatWasPluggedInAgainMayStayUnreachableForThisBridge) {
   AttachedPhone attached;
+  DeviceManager manager;
+  manager.bridge = std::move(attached.bridge);
   attached.phone.setUp.failures["AMDeviceConnect"] = {};
-  EXPECT_EQ(attached.bridge->Connect(true), 0);
+  EXPECT_FALSE(manager.OpenSession());
   attached.phone.setUp.unplugAfter = 0;
   attached.phone.setUp.comesBack = true;
   attached.phone.setUp.announcement = stand_in::Announcement::kFromAnotherThread;
   attached.phone.setUp.announcementDelay = std::chrono::hours(1);
-  for (int attempt = 0; attempt < 3; ++attempt) EXPECT_EQ(attached.bridge->Connect(true), 0);
-  EXPECT_NE(DeviceRecordWord(kReadiness), 0u);
-
-  attached.bridge.reset();
-  attached.bridge = std::make_unique<MobileDeviceBridge>(stand_in::InProcessLibraries());
+  for (int attempt = 0; attempt < 3; ++attempt) {
+    EXPECT_FALSE(manager.OpenSession());
+    EXPECT_TRUE(manager.CloseSession());
+    EXPECT_NE(DeviceRecordWord(kReadiness), 0u);
+  }
+  manager.bridge.reset();
+  manager.bridge = std::make_unique<MobileDeviceBridge>(stand_in::InProcessLibraries());
   EXPECT_EQ(DeviceRecordWord(kReadiness), 0u);
   attached.phone.setUp.announcement = stand_in::Announcement::kBeforeSubscribeReturns;
-  EXPECT_EQ(attached.bridge->Connect(true), 1);
-  attached.bridge->Disconnect();
+  EXPECT_TRUE(manager.OpenSession());
+  EXPECT_TRUE(manager.CloseSession());
 }
 
 TEST(Session, ASecondPhoneTakesThePlaceOfTheFirstAtTheEnd) {

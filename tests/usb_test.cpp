@@ -84,16 +84,16 @@ TEST(Registry, ValuesAreReadAsStringsOfUpTo254Characters) {
   const struct {
     const char* name;
     bool result;
-    std::string text;
+    std::string value;
   } cases[] = {{"\\Longest", true, longest},
                {"\\TooLong", false, "unchanged"},
                {"\\", true, "default"},
                {"\\None", false, "unchanged"},
                {"\\None\\Longest", false, "unchanged"}};
-  for (const auto& [name, result, text] : cases) {
+  for (const auto& [name, result, value] : cases) {
     std::string read = "unchanged";
     EXPECT_EQ(ReadStringValue(key + name, read), result) << name;
-    EXPECT_EQ(read, text) << name;
+    EXPECT_EQ(read, value) << name;
   }
 }
 

@@ -1,7 +1,7 @@
 // One call of an entry point, from its beginning to its end.
 #pragma once
 
-#include <cstring>
+#include <algorithm>
 #include <sstream>
 
 #include "stand_in_phone/stand_in_phone.h"
@@ -44,12 +44,16 @@ class Call {
   // The failing status.
   template <class... Outputs>
   std::int32_t Refuse(Outputs*... outputs) const {
-    if (phone_.setUp.garbage)
-      (std::memset(static_cast<void*>(outputs), 0xA5, sizeof *outputs), ...);
+    if (phone_.setUp.garbage) (Spoil(outputs), ...);
     return kFailure;
   }
 
  private:
+  template <class Output>
+  static void Spoil(Output* output) {
+    std::fill(reinterpret_cast<unsigned char*>(output),
+              reinterpret_cast<unsigned char*>(output + 1), 0xA5);
+  }
   template <class Argument>
   static void Show(std::ostringstream& list, const Argument& argument) {
     if (list.tellp() > 0) list << ", ";

@@ -1,5 +1,6 @@
 // The part of iTunesMobileDevice.dll that reads a phone's files.
 #include <algorithm>
+#include <cstring>
 
 #include "stand_in_phone/call.h"
 

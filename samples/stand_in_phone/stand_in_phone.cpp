@@ -2,6 +2,7 @@
 #include "stand_in_phone/stand_in_phone.h"
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 
 #include "stand_in_phone/call.h"

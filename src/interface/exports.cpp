@@ -2,7 +2,6 @@
 // rest to it.
 
 #include <algorithm>
-#include <cstring>
 #include <new>
 
 #include "interface/device_manager.h"
@@ -118,8 +117,7 @@ QuaylinkBool QUAYLINK_CALL EnumGenericFileFromIPod(QuaylinkBool autoConnect,
   // The callback may destroy the manager, and what it throws is not ours to catch.
   for (const std::string& file : files) {
     char devicePath[256];
-    std::memcpy(devicePath, file.c_str(), std::min(file.size() + 1, sizeof(devicePath)));
-    devicePath[sizeof(devicePath) - 1] = '\0';
+    devicePath[file.copy(devicePath, sizeof devicePath - 1)] = '\0';
     callback(devicePath, context);
   }
   return 1;

@@ -8,8 +8,8 @@
 
 namespace quaylink {
 
-// True on the Windows NT versions whose registry is known: platform NT with major version 4, 5
-// or 6.
+// True on the Windows NT versions whose registry is known: platform NT with major version 4, 5 or
+// 6.
 bool IsSupportedWindowsNt();
 
 // Splits a path at its backslashes: appends every piece that a backslash follows to `components`,

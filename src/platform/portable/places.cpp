@@ -9,7 +9,6 @@
 #include <climits>
 #include <iterator>
 #include <memory>
-#include <ranges>
 #include <system_error>
 #include <utility>
 
@@ -52,8 +51,8 @@ std::vector<std::string_view> SplitNames(std::string_view path, std::string_view
 
 bool IsValidName(std::string_view name) {
   return std::ranges::none_of(name, [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 ||
-           std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
+    const bool isControl = static_cast<unsigned char>(c) < 0x20;
+    return isControl || std::string_view("<>:\"|?*").find(c) != std::string_view::npos;
   });
 }
 
@@ -163,7 +162,7 @@ Place FindPlace(std::string_view localPath, std::size_t roomBehind) {
     }
   }
   std::vector<std::string> left;
-  std::ranges::transform(std::views::reverse(names), std::back_inserter(left), Utf8StringOf);
+  std::transform(names.rbegin(), names.rend(), std::back_inserter(left), Utf8StringOf);
   return FollowNames(drive->root, std::move(left));
 }
 
