@@ -11,7 +11,6 @@ namespace {
 constexpr std::uint32_t kTrackHeaderLength = 584;
 constexpr std::uint32_t kAlbumTitleObject = 200;
 constexpr std::uint32_t kAlbumArtistObject = 201;
-constexpr std::uint32_t kPositionObject = 100;
 constexpr std::uint32_t kPositionBodyLength = 20;
 
 void AddText(ChunkList<DataObjectChunk>& objects, Arena& arena, std::uint32_t type,

@@ -82,6 +82,22 @@ std::int32_t DataObjectChunk::Read(Reader& reader) {
   return static_cast<std::int32_t>(totalLength);
 }
 
+std::uint32_t DataObjectChunk::LengthTaken() const {
+  switch (BodyKindOf(objectType)) {
+    case BodyKind::kWideText:
+      return kLengthOfHeader + sizeof(WideTextHeader) + wideText.size() * 2;
+    case BodyKind::kByteText:
+      return kLengthOfHeader + byteText.size();
+    case BodyKind::kIndexList:
+      return kLengthOfHeader + 8 + kIndexListGap + indexEntries.size() * 4;
+    case BodyKind::kJumpTable:
+      return kLengthOfHeader + 8 + kJumpTableGap + jumpEntries.size() * 12;
+    case BodyKind::kRaw:
+      break;
+  }
+  return kLengthOfHeader + rawBody.size();
+}
+
 std::uint32_t DataObjectChunk::LengthBeyond(std::uint32_t header) const {
   return totalLength > header ? totalLength - header : 0;
 }

@@ -14,8 +14,11 @@ inline constexpr std::uint32_t kTitleObject = 1;
 inline constexpr std::uint32_t kLocationObject = 2;
 inline constexpr std::uint32_t kAlbumObject = 3;
 inline constexpr std::uint32_t kArtistObject = 4;
+inline constexpr std::uint32_t kSmartPreferencesObject = 50;
+inline constexpr std::uint32_t kSmartRulesObject = 51;
 inline constexpr std::uint32_t kIndexListObject = 52;
 inline constexpr std::uint32_t kJumpTableObject = 53;
+inline constexpr std::uint32_t kPositionObject = 100;  // of a playlist's item
 
 // How the body of an object type is laid out.
 enum class BodyKind { kWideText, kByteText, kIndexList, kJumpTable, kRaw };
@@ -65,6 +68,9 @@ class DataObjectChunk final : public Chunk, public DataObjectHeader, public Wide
   // Returns the total length that the object states.
   std::int32_t Read(Reader& reader) override;
   std::int32_t Write(Writer& writer) override;
+
+  // The number of bytes that the last reading took. A sound object states the same.
+  std::uint32_t LengthTaken() const;
 
   // Replaces the UTF-16 string with a copy of `text`, which ends at its NUL. Null does nothing.
   void SetText(const char16_t* text);

@@ -10,10 +10,6 @@ namespace {
 
 constexpr std::uint32_t kWrittenDatabaseHeader = 188;
 constexpr std::uint32_t kWrittenDataSetHeader = 96;
-constexpr std::uint32_t kShortestDatabaseHeader = 24;  // up to the data-set count
-constexpr std::uint32_t kShortestDataSetHeader = 16;   // up to the type
-
-constexpr std::uint32_t kTrackDataSet = 1;
 
 }  // namespace
 

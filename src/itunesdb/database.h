@@ -10,6 +10,12 @@
 
 namespace quaylink {
 
+inline constexpr std::uint32_t kTrackDataSet = 1;  // a type of data set
+
+// Headers that are shorter cannot be read.
+inline constexpr std::uint32_t kShortestDatabaseHeader = 24;  // up to the data-set count
+inline constexpr std::uint32_t kShortestDataSetHeader = 16;   // up to the type
+
 struct DataSetHeader {
   Field32 dataSetType;
 

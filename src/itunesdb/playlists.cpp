@@ -13,8 +13,6 @@ namespace {
 
 constexpr std::uint32_t kWrittenPlaylistHeader = 108;
 constexpr std::uint32_t kWrittenItemHeader = 76;
-constexpr std::uint32_t kShortestPlaylistHeader = 20;  // up to the item count
-constexpr std::uint32_t kShortestItemHeader = 16;      // up to the data-object count
 
 // Where the system has no random numbers either, the identifier is left to the C runtime's.
 void FillRandomly(GUID& guid) {
@@ -45,7 +43,7 @@ std::uint64_t NewPersistentId() {
 
 std::int32_t PlaylistItemChunk::Read(Reader& reader) {
   if (CheckTag(reader, kPlaylistItemTag) < 0) return FailedRead(reader);
-  if (!ReadWholeHeader<PlaylistItemHeader>(reader, kShortestItemHeader, headerLength, totalLength,
+  if (!ReadWholeHeader<PlaylistItemHeader>(reader, kShortestPlaylistItemHeader, headerLength, totalLength,
                                            *this)) {
     return FailedRead(reader);
   }

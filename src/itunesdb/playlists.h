@@ -11,6 +11,10 @@ namespace quaylink {
 // A new identifier for a playlist, from a new GUID and the C runtime's random numbers.
 std::uint64_t NewPersistentId();
 
+// Headers that are shorter cannot be read.
+inline constexpr std::uint32_t kShortestPlaylistHeader = 20;  // up to the item count
+inline constexpr std::uint32_t kShortestPlaylistItemHeader = 16;  // up to the data-object count
+
 struct PlaylistItemHeader {
   Field32 dataObjectCount;  // as read; the number held is what is written
   Field16 groupFlag;        // not 0: a group of tracks with its title, not a track

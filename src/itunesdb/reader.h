@@ -57,9 +57,14 @@ class Reader {
     return position < size_ ? size_ - position : 0;
   }
 
+  bool PassedEnd() const { return Position() > size_; }
+
   void NoteFailedChunk() { ++failedChunks_; }
+  int FailedChunks() const { return failedChunks_; }
+  // Makes it give up after so many.
+  void SetMostFailedChunks(int count) { mostFailedChunks_ = count; }
   // True when there is no point in looking for another chunk.
-  bool Exhausted() const { return failedChunks_ >= kMostFailedChunks || Remaining() == 0; }
+  bool Exhausted() const { return failedChunks_ >= mostFailedChunks_ || Remaining() == 0; }
 
   static constexpr std::size_t kLongestPeek = 512;
   static constexpr int kMostFailedChunks = 32;
@@ -78,6 +83,7 @@ class Reader {
   std::uint64_t filePosition_ = 0;
   std::unique_ptr<std::uint8_t[]> window_;
   int failedChunks_ = 0;
+  int mostFailedChunks_ = kMostFailedChunks;
 };
 
 }  // namespace quaylink

@@ -10,8 +10,6 @@ namespace quaylink {
 
 namespace {
 
-// The oldest players' headers are this long; a shorter one is no track's.
-constexpr std::uint32_t kShortestTrackHeader = 156;
 constexpr std::uint32_t kLengthOfFields = KnownLength<TrackItemHeader>();
 
 }  // namespace

@@ -8,6 +8,9 @@
 
 namespace quaylink {
 
+// The oldest players' headers are this long; a shorter one is no track's.
+inline constexpr std::uint32_t kShortestTrackHeader = 156;
+
 // The attributes of a track, from offset 0x0C on. Those that are only carried are named by their
 // offset.
 struct TrackItemHeader {
