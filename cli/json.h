@@ -12,6 +12,7 @@ namespace quaylink::cli {
 
 std::string StatusJson(DeviceKind kind, bool reachable);
 std::string TrackJson(const std::vector<Track>& tracks);
+std::string PlaylistJson(const std::vector<QuaylinkPlaylist>& playlists);
 // Paths of a phone, made valid UTF-8.
 std::string FilesJson(const std::vector<std::string>& files);
 std::string ExportJson(const ExportReport& report);

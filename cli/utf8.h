@@ -25,8 +25,4 @@ std::string MakePrintable(std::string_view string);
 // True for the characters that MakePrintable replaces.
 bool IsControl(char32_t character);
 
-// The string without regard to case: equal for strings that differ in case only, in the alphabets
-// of Europe.
-std::string FoldCase(std::string_view string);
-
 }  // namespace quaylink::cli
