@@ -22,7 +22,7 @@ struct TracksOptions {
   std::string file;  // "-" for the standard input; empty for the attached device
   bool json = false;
   bool csv = false;
-  const Property* sort = FindProperty("index");
+  const Property* sort = nullptr;  // null for the order of the collection
   bool reverse = false;
   std::vector<const Property*> columns;  // of the table, besides those that are always there
   TrackFilter filter;

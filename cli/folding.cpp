@@ -54,10 +54,6 @@ void AppendSearched(std::u32string& string, char32_t character) {
   }
 }
 
-bool IsAscii(std::string_view string) {
-  return std::ranges::all_of(string, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 std::string AsciiLowerCase(std::string_view string) {
   std::string lower(string);
   for (char& c : lower) {

@@ -24,13 +24,18 @@ std::string Printed(const Json& value) {
 
 // An array with a line for each element.
 template <class Elements, class JsonOfElement>
-std::string PrintedArray(const Elements& elements, JsonOfElement jsonOf) {
+void PrintArray(const Program& program, const Elements& elements, JsonOfElement jsonOf) {
+  constexpr std::size_t kPiece = 64 * 1024;
   std::string json = "[";
+  const char* gap = "\n";
   for (const auto& element : elements) {
-    json += json.size() == 1 ? "\n" : ",\n";
-    json += Dumped(jsonOf(element), -1);
+    json += gap + Dumped(jsonOf(element), -1);
+    gap = ",\n";
+    if (json.size() < kPiece) continue;
+    program.Print(json);
+    json.clear();
   }
-  return json + (elements.empty() ? "]\n" : "\n]\n");
+  program.Print(json + (elements.empty() ? "]\n" : "\n]\n"));
 }
 
 const char* KindName(DeviceKind kind) {
@@ -76,19 +81,19 @@ std::string StatusJson(DeviceKind kind, bool reachable) {
                   {"kind", attached ? Json(KindName(kind)) : Json()}});
 }
 
-std::string TrackJson(const std::vector<Track>& tracks) {
+void PrintTrackJson(const Program& program, const std::vector<Track>& tracks) {
   // One object serves all tracks: to name all properties anew for each takes most of the time.
   Json object = Json::object();
   for (const Property& property : Properties()) object[std::string(property.key)] = nullptr;
-  return PrintedArray(tracks, [&object](const Track& track) -> const Json& {
+  PrintArray(program, tracks, [&object](const Track& track) -> const Json& {
     auto value = object.begin();
     for (const Property& property : Properties()) *value++ = JsonOf(track, property);
     return object;
   });
 }
 
-std::string PlaylistJson(const std::vector<QuaylinkPlaylist>& playlists) {
-  return PrintedArray(playlists, [](const QuaylinkPlaylist& playlist) -> Json {
+void PrintPlaylistJson(const Program& program, const std::vector<QuaylinkPlaylist>& playlists) {
+  PrintArray(program, playlists, [](const QuaylinkPlaylist& playlist) -> Json {
     return {{"name", playlist.name},
             {"kind", PlaylistKindName(playlist.kind)},
             {"persistentId", PersistentIdString(playlist.persistentId)},

@@ -37,7 +37,7 @@ int ListPlaylists(const Program& program, const PlaylistsOptions& options) {
   const Collection collection = ReadCollection(program, options.file);
   const std::size_t count = collection.Playlists().size();
   if (options.json) {
-    program.Print(PlaylistJson(collection.Playlists()));
+    PrintPlaylistJson(program, collection.Playlists());
   } else {
     if (count > 0) program.Print(PlaylistTable(collection));
     if (!program.quiet) {

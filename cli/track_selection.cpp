@@ -92,7 +92,7 @@ std::vector<Track> TrackSelection::Tracks() const {
   return selected;
 }
 
-void Sort(std::vector<Track>& tracks, const Property& by, bool reverse) {
+void Sort(std::vector<Track>& tracks, const Property& by) {
   std::vector<SortKey> keys;
   keys.reserve(tracks.size());
   for (const Track& track : tracks) keys.push_back(KeyOf(track, by));
@@ -100,7 +100,6 @@ void Sort(std::vector<Track>& tracks, const Property& by, bool reverse) {
     const int order = left.string.compare(right.string);
     return order != 0 ? order < 0 : left.number < right.number;
   });
-  if (reverse) std::ranges::reverse(keys);
   std::vector<Track> sorted;
   sorted.reserve(tracks.size());
   for (const SortKey& key : keys) sorted.push_back(*key.track);

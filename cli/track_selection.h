@@ -40,6 +40,6 @@ class TrackSelection {
 // Sorts numbers by value and strings without regard to case and accents. The tracks of an artist
 // are ordered by album, those of an album by their numbers, and what is equal then as in the
 // collection.
-void Sort(std::vector<Track>& tracks, const Property& by, bool reverse);
+void Sort(std::vector<Track>& tracks, const Property& by);
 
 }  // namespace quaylink::cli

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <string>
 #include <vector>
 
 #include "cli/commands.h"
@@ -19,9 +21,10 @@ std::string Count(std::size_t shown, std::size_t all) {
 int ListTracks(const Program& program, const TracksOptions& options) {
   const Collection collection = ReadCollection(program, options.file);
   std::vector<Track> tracks = TrackSelection(options.filter, collection).Tracks();
-  Sort(tracks, *options.sort, options.reverse);
+  if (options.sort) Sort(tracks, *options.sort);
+  if (options.reverse) std::ranges::reverse(tracks);
   if (options.json) {
-    program.Print(TrackJson(tracks));
+    PrintTrackJson(program, tracks);
   } else if (options.csv) {
     program.Print(TrackCsv(tracks));
   } else {

@@ -1,5 +1,6 @@
 #include "cli/utf8.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace quaylink::cli {
@@ -45,6 +46,10 @@ void Append(std::string& string, char32_t character) {
   }
 }
 
+bool IsPrintableAscii(std::string_view string) {
+  return std::ranges::all_of(string, [](char c) { return c >= 0x20 && c < 0x7F; });
+}
+
 }  // namespace
 
 std::u32string Decode(std::string_view string) {
@@ -65,11 +70,16 @@ std::string Encode(std::u32string_view characters) {
   return string;
 }
 
+bool IsAscii(std::string_view string) {
+  return std::ranges::all_of(string, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
 std::string MakeValid(std::string_view string) {
   return Encode(Decode(string));
 }
 
 std::string MakePrintable(std::string_view string) {
+  if (IsPrintableAscii(string)) return std::string(string);
   std::u32string characters = Decode(string);
   for (char32_t& character : characters) {
     if (IsControl(character)) character = kReplacement;

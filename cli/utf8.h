@@ -15,6 +15,9 @@ std::u32string Decode(std::string_view string);
 
 std::string Encode(std::u32string_view characters);
 
+// Most strings are, and need no decoding.
+bool IsAscii(std::string_view string);
+
 // The string with everything that is not UTF-8 replaced: what JSON can carry.
 std::string MakeValid(std::string_view string);
 
