@@ -3,7 +3,7 @@
 
 namespace quaylink::cli {
 
-// Of the player that the library has found last; 0 for a phone. Makes a temporary file.
+// Of the player that the library has found last. Makes a temporary file.
 char PlayersDriveLetter();
 
 }  // namespace quaylink::cli

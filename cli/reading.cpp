@@ -60,7 +60,7 @@ Collection ReadFile(const std::string& file) {
 }  // namespace
 
 Collection ReadDeviceCollection(const Library& library) {
-  const char driveLetter = PlayersDriveLetter();
+  const char driveLetter = library.Kind() == DeviceKind::kPhone ? '\0' : PlayersDriveLetter();
   Fetched database = Fetch(library.DatabaseJob());
   if (database.bytes.empty()) {
     // Newer players keep it compressed, beside an empty one.
