@@ -17,6 +17,7 @@
 
 #include "common/local_file.h"
 #include "itunesdb/database.h"
+#include "quaylink/collection.h"
 #include "quaylink/quaylink.h"
 #include "samples/sample_database.h"
 
@@ -84,6 +85,22 @@ void CountingCall(benchmark::State& state, const DatabaseFile& database) {
   InitializeIPod();
   for (auto _ : state) benchmark::DoNotOptimize(ParseITunesDB(database.Path(), 0, nullptr));
   TerminateIPod();
+}
+
+// Opens the collection and asks every property of every track.
+void Collection(benchmark::State& state, const DatabaseFile& database) {
+  for (auto _ : state) {
+    QuaylinkCollection* collection = nullptr;
+    if (QuaylinkOpenFile(database.Path(), nullptr, &collection, nullptr) != QUAYLINK_OK) {
+      std::abort();
+    }
+    QuaylinkTrack track{};
+    track.structSize = sizeof(track);
+    for (std::uint32_t i = 0; QuaylinkGetTrack(collection, i, &track) == QUAYLINK_OK; ++i) {
+      benchmark::DoNotOptimize(track);
+    }
+    QuaylinkClose(collection);
+  }
 }
 
 // As hosts do: the count first, which is not timed here, then the records.
@@ -185,6 +202,7 @@ int main(int argc, char** argv) {
     add("records", FullCall, database);
     add("first call", FirstCall, database);
     if (trackCount != kWritten) continue;
+    add("collection", Collection, database);
     add("memcpy", CopyBytes, database);
     add("write", Write, database);
   }
@@ -209,5 +227,7 @@ int main(int argc, char** argv) {
               median("records", 100'000) / median("records", 10'000) / 10);
   std::printf("Writing %u tracks: %.2f times copying the bytes\n", kWritten,
               median("write", kWritten) / median("memcpy", kWritten));
+  std::printf("Opening the collection of %u and asking everything: %.2f counting calls\n", kWritten,
+              median("collection", kWritten) / median("count", kWritten));
   return 0;
 }

@@ -5,7 +5,7 @@ if(WIN32)
   set(CMAKE_INSTALL_DOCDIR doc)
 endif()
 
-install(TARGETS quaylink EXPORT quaylinkTargets
+install(TARGETS quaylink quaylink_collection EXPORT quaylinkTargets
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -23,7 +23,7 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples
 
 if(WIN32)
   if(MINGW)
-    install(FILES ${PROJECT_BINARY_DIR}/quaylink.lib DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(FILES ${PROJECT_BINARY_DIR}/quaylink.lib ${PROJECT_BINARY_DIR}/quaylink-collection.lib DESTINATION ${CMAKE_INSTALL_LIBDIR})
   endif()
   set(CPACK_GENERATOR ZIP)
   set(CPACK_SYSTEM_NAME windows-x86)
@@ -37,8 +37,12 @@ else()
 
   # Its paths are relative to the file itself, so that the tarball works wherever it is unpacked.
   file(RELATIVE_PATH prefixFromPkgConfig /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-  configure_file(${PROJECT_SOURCE_DIR}/cmake/quaylink.pc.in ${PROJECT_BINARY_DIR}/quaylink.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/quaylink.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  foreach(library quaylink quaylink-collection)
+    string(REPLACE - _ target ${library})
+    get_target_property(description ${target} DESCRIPTION)
+    configure_file(${PROJECT_SOURCE_DIR}/cmake/library.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  endforeach()
 
   set(CPACK_GENERATOR TGZ)
   string(TOLOWER ${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR} CPACK_SYSTEM_NAME)

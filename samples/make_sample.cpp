@@ -25,10 +25,12 @@ void WriteText(const fs::path& path, const std::string& text) {
   WriteFile(path, {text.begin(), text.end()});
 }
 
-// The database and the files of the sample music, below a device's root.
+// The database, its play counts and the files of the sample music, below a device's root.
 void WriteMusic(const fs::path& root, const std::string& controlFolder) {
   const auto music = SampleMusic(controlFolder);
-  WriteFile(root / controlFolder / "iTunes" / "iTunesDB", WriteDatabase(SampleLibrary(music)));
+  const fs::path folder = root / controlFolder / "iTunes";
+  WriteFile(folder / "iTunesDB", WriteDatabase(SampleLibrary(music)));
+  WriteFile(folder / "Play Counts", WritePlayCounts(SamplePlayCounts(music)));
   for (const SampleTrack& track : music) WriteFile(root / track.file, ToneFile(track.toneHertz));
 }
 
@@ -60,6 +62,25 @@ void MakePhone(const fs::path& machine, const fs::path& libraries) {
   WriteText(machine / "phone.txt", "folder phone\nidentifier 5f2e1d0c9b8a7f6e5d4c3b2a\n");
 }
 
+// The same for the fuzzer of collections, whose inputs begin with the length of the play counts
+// that they end with.
+void MakeCollectionSeeds(const fs::path& folder) {
+  const auto write = [&](const char* name, const std::vector<std::uint8_t>& database,
+                         const std::vector<std::uint8_t>& counts) {
+    std::vector<std::uint8_t> bytes = {static_cast<std::uint8_t>(counts.size() & 0xFF),
+                                       static_cast<std::uint8_t>(counts.size() >> 8)};
+    bytes.insert(bytes.end(), database.begin(), database.end());
+    bytes.insert(bytes.end(), counts.begin(), counts.end());
+    WriteFile(folder / name, bytes);
+  };
+  const auto music = SampleMusic("iPod_Control");
+  write("sample", WriteDatabase(SampleLibrary({music.begin(), music.begin() + 5})),
+        WritePlayCounts(SamplePlayCounts({music.begin(), music.begin() + 6})));
+  write("made-up", WriteDatabase(MakeLargeLibrary(3)), WritePlayCounts({{}, {.plays = 2}, {}}, 16));
+  write("every-kind", WriteDatabaseOfEveryKind(), {});
+  write("compressed", Compress(WriteDatabase(MakeLargeLibrary(3))), {});
+}
+
 // Small databases that between them hold every kind of chunk and of data object, for programs that
 // change them at random.
 void MakeSeeds(const fs::path& folder) {
@@ -67,6 +88,7 @@ void MakeSeeds(const fs::path& folder) {
   WriteFile(folder / "empty", WriteDatabase({}));
   WriteFile(folder / "made-up", WriteDatabase(MakeLargeLibrary(3)));
   WriteFile(folder / "every-kind", WriteDatabaseOfEveryKind());
+  MakeCollectionSeeds(folder / "collections");
 }
 
 int Run(int argc, char** argv) {

@@ -1,6 +1,10 @@
 #include "samples/sample_database.h"
 
+#include <zlib.h>
+
+#include <algorithm>
 #include <array>
+#include <initializer_list>
 #include <string_view>
 
 namespace quaylink::samples {
@@ -17,11 +21,18 @@ void AddText(ChunkList<DataObjectChunk>& objects, Arena& arena, std::uint32_t ty
              const std::u16string& text) {
   DataObjectChunk& object = objects.Append(arena, MakeOwned<DataObjectChunk>(arena, arena));
   object.objectType = type;
-  object.SetText(text.c_str());
+  if (BodyKindOf(type) != BodyKind::kByteText) {
+    object.SetText(text.c_str());
+    return;
+  }
+  const std::string narrow(text.begin(), text.end());  // an address, which is ASCII
+  object.byteText = ArenaArray<char>::CopyOf(arena, narrow);
+  object.bodyLength = object.byteText.size();
 }
 
 TrackMap::Entry MakeTrack(const Track& track, Arena& arena) {
   Owned<TrackItemChunk> item = MakeOwned<TrackItemChunk>(arena, arena);
+  static_cast<TrackItemHeader&>(*item) = track.properties;
   item->trackId = track.id;
   item->headerLength = kTrackHeaderLength;
   for (const Text& text : track.texts) {
@@ -40,7 +51,9 @@ void AddAlbum(const Album& album, Arena& arena, AlbumListChunk& list) {
 void AddPlaylist(const Playlist& playlist, Arena& arena, PlaylistListChunk& list) {
   PlaylistChunk& chunk = list.AddPlaylist();
   chunk.masterFlag = playlist.isMaster ? 1 : 0;
+  chunk.podcastFlag = playlist.isPodcasts ? 1 : 0;
   chunk.GetOrAddDataObject(kTitleObject).SetText(playlist.name.c_str());
+  if (playlist.isSmart) chunk.GetOrAddDataObject(kSmartRulesObject);
   std::uint32_t position = 0;
   for (const std::uint32_t trackId : playlist.trackIds) {
     PlaylistItemChunk& item = chunk.items.Append(arena, MakeOwned<PlaylistItemChunk>(arena, arena));
@@ -90,6 +103,45 @@ std::vector<std::uint8_t> WriteDatabase(const Library& library) {
   DatabaseChunk database;
   BuildDatabase(library, database);
   return BytesOf(database);
+}
+
+std::vector<std::uint8_t> WritePlayCounts(const std::vector<PlayCount>& counts,
+                                          std::uint32_t entryLength) {
+  constexpr std::uint32_t kHeaderLength = 96;
+  Writer writer;
+  const auto write = [&writer](std::initializer_list<std::uint32_t> words, std::size_t length) {
+    std::size_t written = 0;
+    for (const std::uint32_t word : words) {
+      if (written == length) return;
+      StoreLittleEndian(writer.Append(4), word);
+      written += 4;
+    }
+    writer.AppendZeros(length - written);
+  };
+  writer.Append("mhdp", kTagLength);
+  write({kHeaderLength, entryLength, static_cast<std::uint32_t>(counts.size())},
+        kHeaderLength - kTagLength);
+  for (const PlayCount& count : counts) {
+    write({count.plays, count.lastPlayed, count.bookmarkMs, count.rating, 0, count.skips,
+           count.lastSkipped},
+          entryLength);
+  }
+  const auto bytes = writer.Written();
+  return {bytes.begin(), bytes.end()};
+}
+
+std::vector<std::uint8_t> Compress(std::span<const std::uint8_t> database) {
+  constexpr std::size_t kFlagOffset = 0xA8;
+  const auto headerLength = LoadLittleEndian<std::uint32_t>(database.data() + 4);
+  const auto body = database.subspan(headerLength);
+  uLongf length = compressBound(static_cast<uLong>(body.size()));
+  std::vector<std::uint8_t> bytes(headerLength + length);
+  std::ranges::copy(database.first(headerLength), bytes.begin());
+  compress(bytes.data() + headerLength, &length, body.data(), static_cast<uLong>(body.size()));
+  bytes.resize(headerLength + length);
+  bytes[kFlagOffset] = 1;
+  StoreLittleEndian(bytes.data() + 8, static_cast<std::uint32_t>(bytes.size()));
+  return bytes;
 }
 
 std::vector<std::uint8_t> WriteDatabaseOfEveryKind() {

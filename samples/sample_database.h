@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct Text {
 struct Track {
   std::uint32_t id;
   std::vector<Text> texts;
+  TrackItemHeader properties{};  // all but the id
 };
 
 struct Album {
@@ -28,6 +30,18 @@ struct Playlist {
   std::u16string name;
   bool isMaster;
   std::vector<std::uint32_t> trackIds;
+  bool isSmart = false;
+  bool isPodcasts = false;
+};
+
+// What a player counted of one track since its database was written.
+struct PlayCount {
+  std::uint32_t plays = 0;
+  std::uint32_t lastPlayed = 0;  // seconds since 1904
+  std::uint32_t bookmarkMs = 0;
+  std::uint32_t rating = 0;
+  std::uint32_t skips = 0;
+  std::uint32_t lastSkipped = 0;
 };
 
 struct Library {
@@ -42,6 +56,14 @@ void BuildDatabase(const Library& library, DatabaseChunk& database);
 
 // The bytes of that database. Throws std::bad_alloc.
 std::vector<std::uint8_t> WriteDatabase(const Library& library);
+
+// The bytes of the file that a player writes beside its database. An entry takes 12 to 28 bytes, as
+// on one kind of player or another.
+std::vector<std::uint8_t> WritePlayCounts(const std::vector<PlayCount>& counts,
+                                          std::uint32_t entryLength = 28);
+
+// The bytes of the database as newer players keep it: all but its header is compressed.
+std::vector<std::uint8_t> Compress(std::span<const std::uint8_t> database);
 
 // The bytes of a database of one track, one album and one playlist that between them have data
 // objects of every body.

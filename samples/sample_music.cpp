@@ -13,29 +13,32 @@ namespace quaylink::samples {
 namespace {
 
 constexpr std::uint32_t kFirstTrackId = 52;
+constexpr std::uint32_t kSomeDay = 3'429'434'363;  // 2012-09-02T12:39:23, counted from 1904
 
 struct Entry {
   const char16_t* title;
   const char16_t* artist;
   const char16_t* album;
+  const char16_t* genre;
+  std::uint32_t year;
   const char* file;
 };
 
 constexpr Entry kCollection[] = {
-    {u"Morning on the Quay", u"The Harbour Lights", u"Tides", "F00/HBLA.wav"},
-    {u"Low Water", u"The Harbour Lights", u"Tides", "F00/HBLB.wav"},
-    {u"What the Gulls Said", u"The Harbour Lights", u"Tides", "F01/HBLC.wav"},
-    {u"Café au lait", u"Élodie Ménard", u"Après l'été", "F01/ELOA.wav"},
-    {u"Où vont les bateaux?", u"Élodie Ménard", u"Après l'été", "F02/ELOB.wav"},
-    {u"港の朝", u"海辺の楽団", u"潮風", "F02/UMIA.wav"},
-    {u"灯台のうた", u"海辺の楽団", u"潮風", "F03/UMIB.wav"},
-    {u"Старый маяк", u"Северный хор", u"Белые ночи", "F03/SEVA.wav"},
-    {u"Παλιά αποβάθρα", u"Νίκος Λιμάνης", u"Θάλασσα", "F04/LIMA.wav"},
-    {u"סירה קטנה", u"להקת הנמל", u"גלים", "F04/NAMA.wav"},
-    {u"Sea Shanty \U0001F3B5", u"Various: Artists", u"Songs / Work", "F05/SHAA.wav"},
-    {u"Sea Shanty \U0001F3B5", u"Various: Artists", u"Songs / Work", "F05/SHAB.wav"},
-    {u"Untitled...", u"Aux", u"CON", "F06/AUXA.wav"},
-    {u"", u"", u"", "F06/NONE.wav"},
+    {u"Morning on the Quay", u"The Harbour Lights", u"Tides", u"Folk", 1998, "F00/HBLA.wav"},
+    {u"Low Water", u"The Harbour Lights", u"Tides", u"Folk", 1998, "F00/HBLB.wav"},
+    {u"What the Gulls Said", u"The Harbour Lights", u"Tides", u"Folk", 1998, "F01/HBLC.wav"},
+    {u"Café au lait", u"Élodie Ménard", u"Après l'été", u"Chanson", 2004, "F01/ELOA.wav"},
+    {u"Où vont les bateaux?", u"Élodie Ménard", u"Après l'été", u"Chanson", 2004, "F02/ELOB.wav"},
+    {u"港の朝", u"海辺の楽団", u"潮風", u"ジャズ", 2012, "F02/UMIA.wav"},
+    {u"灯台のうた", u"海辺の楽団", u"潮風", u"ジャズ", 2012, "F03/UMIB.wav"},
+    {u"Старый маяк", u"Северный хор", u"Белые ночи", u"Хоровая музыка", 1987, "F03/SEVA.wav"},
+    {u"Παλιά αποβάθρα", u"Νίκος Λιμάνης", u"Θάλασσα", u"Folk", 2001, "F04/LIMA.wav"},
+    {u"סירה קטנה", u"להקת הנמל", u"גלים", u"Pop", 2015, "F04/NAMA.wav"},
+    {u"Sea Shanty \U0001F3B5", u"Various: Artists", u"Songs / Work", u"Folk", 2009, "F05/SHAA.wav"},
+    {u"Sea Shanty \U0001F3B5", u"Various: Artists", u"Songs / Work", u"Folk", 2009, "F05/SHAB.wav"},
+    {u"Untitled...", u"Aux", u"CON", u"Rock", 2020, "F06/AUXA.wav"},
+    {u"", u"", u"", u"", 0, "F06/NONE.wav"},
 };
 
 void Append(std::vector<std::uint8_t>& bytes, std::string_view text) {
@@ -56,6 +59,27 @@ std::u16string Location(const std::string& file) {
   return location;
 }
 
+// The rest of what a player knows of a track, a little different for each.
+TrackItemHeader Properties(const SampleTrack& track, std::uint32_t number) {
+  TrackItemHeader header;
+  header.persistentId = 0xA5000000'00000000u + track.id;
+  header.fileSize = static_cast<std::uint32_t>(ToneFile(track.toneHertz).size());
+  header.lengthMs = 500;
+  header.bitRate = 128;
+  header.sampleRate = 8000;
+  header.mediaType = 1;
+  header.year = track.year;
+  header.trackNumber = track.album.empty() ? 0 : number % 3 + 1;
+  header.trackCount = track.album.empty() ? 0 : 3;
+  header.discNumber = header.discCount = track.album.empty() ? 0 : 1;
+  header.rating = static_cast<std::uint8_t>(number % 6 * 20);
+  header.playCount = number % 4;
+  header.partOfCompilation = track.artist.starts_with(u"Various") ? 1 : 0;
+  header.added = header.modified = kSomeDay + number * 3600;
+  header.lastPlayed = header.playCount > 0 ? kSomeDay + (number + 48) * 3600 : 0;
+  return header;
+}
+
 }  // namespace
 
 std::vector<SampleTrack> SampleMusic(const std::string& controlFolder) {
@@ -63,7 +87,7 @@ std::vector<SampleTrack> SampleMusic(const std::string& controlFolder) {
   for (const Entry& entry : kCollection) {
     const auto number = static_cast<std::uint32_t>(music.size());
     music.push_back({kFirstTrackId + 2 * number, entry.title, entry.artist, entry.album,
-                     controlFolder + "/Music/" + entry.file,
+                     entry.genre, entry.year, controlFolder + "/Music/" + entry.file,
                      220.0 * std::exp2(static_cast<double>(number) / 12.0)});
   }
   return music;
@@ -73,8 +97,11 @@ Library SampleLibrary(const std::vector<SampleTrack>& music) {
   Library library;
   Playlist all{u"My player", true, {}};
   Playlist favourites{u"Favourites \u2605", false, {}};
+  Playlist recent{u"Since 2010", false, {}, true};
   for (const SampleTrack& track : music) {
-    Track described{track.id, {{kLocationObject, Location(track.file)}, {6, u"WAV audio file"}}};
+    Track described{track.id,
+                    {{kLocationObject, Location(track.file)}, {6, u"WAV audio file"}},
+                    Properties(track, static_cast<std::uint32_t>(library.tracks.size()))};
     if (!track.title.empty()) described.texts.push_back({kTitleObject, track.title});
     if (!track.artist.empty()) described.texts.push_back({kArtistObject, track.artist});
     if (!track.album.empty()) {
@@ -82,12 +109,24 @@ Library SampleLibrary(const std::vector<SampleTrack>& music) {
       const auto known = std::ranges::find(library.albums, track.album, &Album::title);
       if (known == library.albums.end()) library.albums.push_back({track.album, track.artist});
     }
+    if (!track.genre.empty()) described.texts.push_back({kGenreObject, track.genre});
     library.tracks.push_back(std::move(described));
+    if (track.year >= 2010) recent.trackIds.push_back(track.id);
     all.trackIds.push_back(track.id);
     if (track.id % 3 == 0) favourites.trackIds.push_back(track.id);
   }
-  library.playlists = {std::move(all), std::move(favourites)};
+  library.playlists = {std::move(all),
+                       std::move(favourites),
+                       std::move(recent),
+                       {u"Podcasts", false, {}, false, true}};
   return library;
+}
+
+std::vector<PlayCount> SamplePlayCounts(const std::vector<SampleTrack>& music) {
+  std::vector<PlayCount> counts(music.size());
+  counts[3] = {.plays = 5, .lastPlayed = kSomeDay + 86400, .rating = 100};
+  counts[5] = {.bookmarkMs = 250, .rating = 100, .skips = 1, .lastSkipped = kSomeDay + 86460};
+  return counts;
 }
 
 std::vector<std::uint8_t> ToneFile(double hertz) {

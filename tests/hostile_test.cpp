@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "interface/device_manager.h"
 #include "itunesdb/database.h"
 #include "quaylink/quaylink.h"
 #include "samples/sample_database.h"
 #include "support/allocations.h"
 #include "support/hostile_files.h"
+#include "support/opened_collection.h"
 #include "support/same_tree.h"
 #include "support/test_machine.h"
 
@@ -21,6 +24,7 @@ TEST(HostileFile, CostsLessThan24TimesItsSizeAnd1MiB) {
   constexpr bool kCountable = std::string_view(QUAYLINK_SANITIZE).empty();
   TestMachine machine;
   double worst = 0;
+  double worstOpened = 0;
   for (const HostileFile& file : HostileFiles(kCountable ? 2 << 20 : 64 << 10)) {
     machine.WriteFile(kPath, file.bytes);
     DeviceManager manager;
@@ -31,8 +35,20 @@ TEST(HostileFile, CostsLessThan24TimesItsSizeAnd1MiB) {
       EXPECT_LT(bytes, 24 * file.bytes.size() + (1 << 20)) << file.name;
     }
     worst = std::max(worst, static_cast<double>(bytes) / static_cast<double>(file.bytes.size()));
+    // So does a collection, tolerant of what is wrong.
+    const std::string path = machine.LocalPath("hostile");
+    std::ofstream(path, std::ios::binary) << file.bytes;
+    const Allocations beforeOpening = AllocationsSoFar();
+    OpenedCollection::OfFile(path);
+    const std::uint64_t opened = AllocationsSoFar().bytes - beforeOpening.bytes;
+    if (kCountable) {
+      EXPECT_LT(opened, 24 * file.bytes.size() + (1 << 20)) << file.name;
+    }
+    worstOpened =
+        std::max(worstOpened, static_cast<double>(opened) / static_cast<double>(file.bytes.size()));
   }
   RecordProperty("worstRatio", std::to_string(worst));
+  RecordProperty("worstRatioOfCollections", std::to_string(worstOpened));
 }
 
 TEST(HostileFile, ReadsTheSameThroughAFileAndFromMemoryAndIsWrittenAsASoundOne) {
@@ -116,6 +132,22 @@ TEST_F(OutOfMemory, AFailedParseHoldsNothingThatWasNotHeldBefore) {
   InitializeIPod();
   FailEachAllocation(parse, [](std::int32_t, bool) {});
   TerminateIPod();
+  EXPECT_EQ(AllocationsSoFar().live, live);
+}
+
+TEST_F(OutOfMemory, ACollectionIsNotOpenedAndLeavesNothing) {
+  samples::Library library = samples::MakeLargeLibrary(kTracks);
+  std::ranges::reverse(library.playlists[0].trackIds);
+  const std::string sound = BytesOf(samples::WriteDatabase(library));
+  const std::string cut = sound.substr(0, sound.size() - 100);
+  const std::string compressed = BytesOf(samples::Compress(AsBytes(sound)));
+  const std::int64_t live = AllocationsSoFar().live;
+  for (const std::string& bytes : {sound, cut, compressed}) {
+    FailEachAllocation([&] { return OpenedCollection(bytes).result; },
+                       [&](std::int32_t result, bool failed) {
+                         EXPECT_EQ(result, failed ? QUAYLINK_NO_MEMORY : QUAYLINK_OK);
+                       });
+  }
   EXPECT_EQ(AllocationsSoFar().live, live);
 }
 

@@ -72,6 +72,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/** @cond */
 #ifndef QUAYLINK_CALL
 #if defined(_WIN32)
 #define QUAYLINK_CALL __cdecl
@@ -86,6 +87,7 @@
 #define QUAYLINK_EXPORT
 #endif
 #endif
+/** @endcond */
 
 /** @name The version of this header; QuaylinkCollectionVersion gives that of the library. */
 /** @{ */
@@ -93,7 +95,7 @@
 #define QUAYLINK_COLLECTION_VERSION_MINOR 0 /**< Grows when something is added. */
 #define QUAYLINK_COLLECTION_VERSION_PATCH 0 /**< Grows when nothing but faults are mended. */
 /** All three in one number, which grows from version to version. */
-#define QUAYLINK_COLLECTION_VERSION                                                      \
+#define QUAYLINK_COLLECTION_VERSION_NUMBER                                               \
   (QUAYLINK_COLLECTION_VERSION_MAJOR * 65536 + QUAYLINK_COLLECTION_VERSION_MINOR * 256 + \
    QUAYLINK_COLLECTION_VERSION_PATCH)
 /** @} */
@@ -225,54 +227,54 @@ typedef struct QuaylinkTrack {
    * "/iPod_Control/Music/F05/ABCD.mp3". There is never a drive letter.
    */
   const char* location;
-  const char* title;
-  const char* artist;
-  const char* album;
-  const char* albumArtist;
-  const char* genre;
-  const char* composer;
-  const char* comment;
-  const char* grouping;
-  const char* description;
-  const char* category;
-  const char* subtitle;
-  const char* fileType;  /**< In words, such as "MPEG audio file". */
-  const char* sortTitle; /**< What to sort by in place of the title; so with all that follow. */
-  const char* sortArtist;
-  const char* sortAlbum;
-  const char* sortAlbumArtist;
-  const char* sortComposer;
-  const char* sortShow;
-  const char* show;        /**< Of a television show: its name. */
-  const char* episode;     /**< The episode's name or code. */
-  const char* network;     /**< The network that it was shown on. */
-  const char* podcastUrl;  /**< Of a podcast's episode: where its file came from. */
-  const char* podcastFeed; /**< The podcast's feed. */
+  const char* title;       /**< Its title. */
+  const char* artist;      /**< Its artist. */
+  const char* album;       /**< The album that it is on. */
+  const char* albumArtist; /**< The album's artist, where that is another. */
+  const char* genre;       /**< Its genre. */
+  const char* composer;    /**< Its composer. */
+  const char* comment;     /**< The owner's comment. */
+  const char* grouping;    /**< What groups it with others, such as the work that it is part of. */
+  const char* description; /**< Of an episode: what it is about. */
+  const char* category;    /**< Of a podcast: its category. */
+  const char* subtitle;    /**< Of an episode: in short, what it is about. */
+  const char* fileType;    /**< In words, such as "MPEG audio file". */
+  const char* sortTitle;   /**< What to sort by in place of the title; so with the next five. */
+  const char* sortArtist;  /**< Of the artist. */
+  const char* sortAlbum;   /**< Of the album. */
+  const char* sortAlbumArtist; /**< Of the album's artist. */
+  const char* sortComposer;    /**< Of the composer. */
+  const char* sortShow;        /**< Of the television show. */
+  const char* show;            /**< Of a television show: its name. */
+  const char* episode;         /**< The episode's name or code. */
+  const char* network;         /**< The network that it was shown on. */
+  const char* podcastUrl;      /**< Of a podcast's episode: where its file came from. */
+  const char* podcastFeed;     /**< The podcast's feed. */
 
-  uint32_t trackNumber;
-  uint32_t trackCount; /**< Tracks on the disc. */
-  uint32_t discNumber;
-  uint32_t discCount;
-  uint32_t year;
-  uint32_t lengthMs;
-  uint32_t fileSize;   /**< Bytes. */
-  uint32_t bitRate;    /**< kbit/s. */
-  uint32_t sampleRate; /**< Hz. */
-  uint32_t beatsPerMinute;
-  uint32_t rating; /**< 0 to 100, 20 for each star. */
-  uint32_t playCount;
-  uint32_t skipCount;
-  uint32_t compilation; /**< 1 when it is part of a compilation, else 0. */
-  uint32_t checked;     /**< 1 when it is checked, else 0. */
-  uint32_t mediaType;   /**< Bits QUAYLINK_MEDIA_…, as stored. */
-  uint32_t seasonNumber;
-  uint32_t episodeNumber;
-  uint32_t bookmarkMs; /**< Where an audiobook or a podcast goes on. */
-  uint32_t added;      /**< A time, as all that follow. */
-  uint32_t modified;   /**< When its file was. */
-  uint32_t lastPlayed;
-  uint32_t lastSkipped;
-  uint32_t released;
+  uint32_t trackNumber;    /**< Its number on the disc. */
+  uint32_t trackCount;     /**< Tracks on the disc. */
+  uint32_t discNumber;     /**< The number of the disc. */
+  uint32_t discCount;      /**< How many discs the album has. */
+  uint32_t year;           /**< The year of its release. */
+  uint32_t lengthMs;       /**< How long it plays, in milliseconds. */
+  uint32_t fileSize;       /**< Bytes. */
+  uint32_t bitRate;        /**< kbit/s. */
+  uint32_t sampleRate;     /**< Hz. */
+  uint32_t beatsPerMinute; /**< Its speed. */
+  uint32_t rating;         /**< 0 to 100, 20 for each star. */
+  uint32_t playCount;      /**< How often it was played. */
+  uint32_t skipCount;      /**< How often it was skipped. */
+  uint32_t compilation;    /**< 1 when it is part of a compilation, else 0. */
+  uint32_t checked;        /**< 1 when it is checked, else 0. */
+  uint32_t mediaType;      /**< Bits QUAYLINK_MEDIA_…, as stored. */
+  uint32_t seasonNumber;   /**< Of a television show. */
+  uint32_t episodeNumber;  /**< Of a television show or a podcast. */
+  uint32_t bookmarkMs;     /**< Where an audiobook or a podcast goes on. */
+  uint32_t added;          /**< A time, as all that follow. */
+  uint32_t modified;       /**< When its file was. */
+  uint32_t lastPlayed;     /**< When it was played last. */
+  uint32_t lastSkipped;    /**< When it was skipped last. */
+  uint32_t released;       /**< When it was released. */
 } QuaylinkTrack;
 
 /** The kinds of playlists. Later versions may add some. */
@@ -288,8 +290,11 @@ typedef struct QuaylinkPlaylist {
   uint32_t structSize;   /**< sizeof(QuaylinkPlaylist), set by the caller. */
   uint32_t kind;         /**< A QuaylinkPlaylistKind. */
   uint64_t persistentId; /**< Its number for good; 0 where the database has none. */
-  const char* name;
-  /** The indexes of its tracks, in the player's order; a track may be there more than once. */
+  const char* name;      /**< Its name. */
+  /**
+   * The indexes of its tracks, in the player's order; a track may be there more than once. Null at
+   * most where there are none.
+   */
   const uint32_t* tracks;
   uint32_t trackCount; /**< How many there are. */
   uint32_t reserved;   /**< 0. */
@@ -403,7 +408,7 @@ QUAYLINK_EXPORT QuaylinkResult QUAYLINK_CALL QuaylinkGetPlaylist(
 /**
  * Tells the version of the library that is running.
  *
- * @return its version in the form of QUAYLINK_COLLECTION_VERSION
+ * @return its version in the form of QUAYLINK_COLLECTION_VERSION_NUMBER
  */
 QUAYLINK_EXPORT uint32_t QUAYLINK_CALL QuaylinkCollectionVersion(void);
 

@@ -56,6 +56,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/** @cond */
 #if defined(_WIN32)
 #define QUAYLINK_CALL __cdecl
 #define QUAYLINK_EXPORT /* exported by the library's module-definition file */
@@ -66,6 +67,7 @@
 #define QUAYLINK_CALL
 #define QUAYLINK_EXPORT
 #endif
+/** @endcond */
 
 /** @name The version of this header, and of the library that comes with it. */
 /** @{ */
@@ -73,7 +75,7 @@
 #define QUAYLINK_VERSION_MINOR 0 /**< Grows when something is added. */
 #define QUAYLINK_VERSION_PATCH 0 /**< Grows when nothing but faults are mended. */
 /** All three in one number, which grows from version to version. */
-#define QUAYLINK_VERSION \
+#define QUAYLINK_VERSION_NUMBER \
   (QUAYLINK_VERSION_MAJOR * 65536 + QUAYLINK_VERSION_MINOR * 256 + QUAYLINK_VERSION_PATCH)
 /** @} */
 

@@ -117,21 +117,20 @@ static_assert(QUAYLINK_COLLECTION_VERSION_MAJOR == PROJECT_VERSION_MAJOR &&
 QuaylinkResult QUAYLINK_CALL QuaylinkOpenFile(const char* path, const QuaylinkOpenOptions* options,
                                               QuaylinkCollection** collection,
                                               QuaylinkError* error) {
-  return OpenWith(path != nullptr, options, collection, error,
-                  [&](const OpenOptions& taken, Failure& failure) {
-                    return OpenFile(path, taken, failure);
-                  });
+  return OpenWith(
+      path != nullptr, options, collection, error,
+      [&](const OpenOptions& taken, Failure& failure) { return OpenFile(path, taken, failure); });
 }
 
 QuaylinkResult QUAYLINK_CALL QuaylinkOpenMemory(const void* bytes, size_t size,
                                                 const QuaylinkOpenOptions* options,
                                                 QuaylinkCollection** collection,
                                                 QuaylinkError* error) {
-  return OpenWith(bytes != nullptr || size == 0, options, collection, error,
-                  [&](const OpenOptions& taken, Failure& failure) {
-                    return OpenMemory({static_cast<const std::uint8_t*>(bytes), size}, taken,
-                                      failure);
-                  });
+  return OpenWith(
+      bytes != nullptr || size == 0, options, collection, error,
+      [&](const OpenOptions& taken, Failure& failure) {
+        return OpenMemory({static_cast<const std::uint8_t*>(bytes), size}, taken, failure);
+      });
 }
 
 QuaylinkResult QUAYLINK_CALL QuaylinkOpenStream(QuaylinkReadCallback read, void* context,
@@ -181,5 +180,5 @@ QuaylinkResult QUAYLINK_CALL QuaylinkGetPlaylist(const QuaylinkCollection* colle
 }
 
 uint32_t QUAYLINK_CALL QuaylinkCollectionVersion(void) {
-  return QUAYLINK_COLLECTION_VERSION;
+  return QUAYLINK_COLLECTION_VERSION_NUMBER;
 }

@@ -22,7 +22,7 @@ constexpr std::size_t kBufferSize = 64 * 1024;
 
 // zlib's memory comes from where all memory does.
 void* Allocate(void* /*context*/, uInt count, uInt size) {
-  return ::operator new(std::size_t{count} * size, std::nothrow);
+  return ::operator new (std::size_t{count} * size, std::nothrow);
 }
 
 void Free(void* /*context*/, void* memory) {

@@ -17,9 +17,7 @@ bool AreWhole(const ChunkList<DataObjectChunk>& objects, std::uint32_t count) {
 class Watch {
  public:
   explicit Watch(const Reader& reader) : reader_(reader), failedChunks_(reader.FailedChunks()) {}
-  bool AllWell() const {
-    return reader_.FailedChunks() == failedChunks_ && !reader_.PassedEnd();
-  }
+  bool AllWell() const { return reader_.FailedChunks() == failedChunks_ && !reader_.PassedEnd(); }
 
  private:
   const Reader& reader_;

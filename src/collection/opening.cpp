@@ -1,5 +1,6 @@
 // From a file, memory or a stream to a collection.
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <optional>
@@ -147,6 +148,8 @@ bool Opening::SaveContents(Source source) {
   collection_->contents.reset();
   Writer bytes;
   if (source.file) {
+    std::fseek(source.file, 0, SEEK_END);
+    bytes.Reserve(static_cast<std::size_t>(std::max(std::ftell(source.file), 0L)));
     std::rewind(source.file);
     if (!ReadAll(ReadingOf(source.file), bytes, failure_)) return false;
     source.memory = bytes.Written();

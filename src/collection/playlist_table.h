@@ -33,7 +33,7 @@ class PlaylistTable {
   };
 
   std::vector<QuaylinkPlaylist> playlists_;
-  std::vector<Item> items_;             // of the playlist that was begun
+  std::vector<Item> items_;            // of the playlist that was begun
   std::vector<std::uint32_t> tracks_;  // of all playlists, one after another
 };
 

@@ -55,7 +55,8 @@ class SalvageWalk {
   Contents& contents_;
   Position at_ = 0;
   bool chunkMissing_ = false;  // where the last reading of an item ended
-  bool placesKnown_ = true;    // of the items of a list
+  bool headerWhole_ = true;    // of the list
+  bool placesKnown_ = true;    // of its items
   bool tracksMet_ = false;
   PlaylistChoice choice_;
 };
@@ -66,12 +67,14 @@ void SalvageWalk::WalkDatabase() {
   DatabaseHeader header;
   std::uint32_t headerLength = 0;
   std::uint32_t totalLength = 0;
-  if (!ReadWholeHeader<DatabaseHeader>(reader, kShortestDatabaseHeader, headerLength, totalLength,
-                                       header)) {
-    return;
+  if (ReadWholeHeader<DatabaseHeader>(reader, kShortestDatabaseHeader, headerLength, totalLength,
+                                      header)) {
+    at_ = reader.Position();
+  } else {
+    NoteFlaw(0, "the database", kIsBroken);
   }
-  at_ = reader.Position();
-  if (!IsAt(at_, kDataSetTag) && at_ < Size()) at_ = kShortestDatabaseHeader;
+  // The length of the header itself may be wrong, here and below.
+  if (!IsAt(at_, kDataSetTag)) at_ = kShortestDatabaseHeader;
   for (std::uint32_t i = 0; i < header.dataSetCount || IsAt(at_, kDataSetTag); ++i) {
     if (!IsAt(at_, kDataSetTag)) {
       NoteFlaw(at_, "a data set", kIsMissing);
@@ -89,6 +92,7 @@ void SalvageWalk::WalkDatabase() {
       WalkList(kTracks, kTrackDataSet, Size());
     }
   }
+  if (at_ > Size()) NoteFlaw(Size(), "the database", kIsCut);
   if (at_ != totalLength) NoteFlaw(8, "the database", kStatesOtherLength);
   contents_.playlists = choice_.Take();
 }
@@ -108,9 +112,16 @@ void SalvageWalk::WalkDataSet() {
   }
   const Position end = begin + totalLength;
   at_ = begin + reader.Position();
-  if (const ListKind* kind = ListOf(header.dataSetType)) {
-    if (!IsAt(at_, kind->listTag) && at_ < Size()) at_ = begin + kShortestDataSetHeader;
-    WalkList(*kind, header.dataSetType, end <= Size() && end > begin ? end : Size());
+  std::uint32_t type = header.dataSetType;
+  const ListKind* kind = ListOf(type);
+  if (kind != &kTracks && !tracksMet_ && IsAt(at_, kTrackListTag)) {
+    NoteFlaw(begin, "a data set", "states another kind than it is of");
+    type = kTrackDataSet;
+    kind = &kTracks;
+  }
+  if (kind) {
+    if (!IsAt(at_, kind->listTag)) at_ = begin + kShortestDataSetHeader;
+    WalkList(*kind, type, end <= Size() && end > begin ? end : Size());
   } else if (end >= at_ && (end >= Size() || IsAt(end, kDataSetTag))) {
     at_ = end;
     if (end > Size()) NoteFlaw(begin, "a data set", kIsCut);
@@ -125,8 +136,9 @@ void SalvageWalk::LeaveDataSet(Position begin, Position end) {
 }
 
 void SalvageWalk::WalkList(const ListKind& kind, std::uint32_t type, Position end) {
-  const std::uint32_t count = WalkListHeader(kind, end);
   placesKnown_ = true;
+  headerWhole_ = true;
+  const std::uint32_t count = WalkListHeader(kind, end);
   if (&kind == &kTracks) {
     WalkTracks(count, type, end);
   } else if (&kind == &kAlbums) {
@@ -134,7 +146,8 @@ void SalvageWalk::WalkList(const ListKind& kind, std::uint32_t type, Position en
     WalkItems(kind, count, end, albums, [] {});
   } else {
     PlaylistReader playlists(choice_.Begin(type), contents_.playlistNames);
-    choice_.End(WalkItems(kind, count, end, playlists, [&] { playlists.Keep(); }));
+    const bool allWhole = WalkItems(kind, count, end, playlists, [&] { playlists.Keep(); });
+    choice_.End(headerWhole_ && allWhole);
   }
 }
 
@@ -145,7 +158,8 @@ std::uint32_t SalvageWalk::WalkListHeader(const ListKind& kind, Position end) {
   if (!IsAt(at_, kind.listTag)) {
     NoteFlaw(begin, kind.list, kIsMissing);
     ScanFor(end, {&kind.listTag, &kind.itemTag, &kDataSetTag});
-    if (!IsAt(at_, kind.listTag)) return 0;
+    headerWhole_ = placesKnown_ = IsAt(at_, kind.listTag);
+    if (!headerWhole_) return 0;
   }
   const Position list = at_;
   Reader reader(bytes_.subspan(list));
@@ -155,8 +169,8 @@ std::uint32_t SalvageWalk::WalkListHeader(const ListKind& kind, Position end) {
   const bool read = ReadListHeader(reader, headerLength, count);
   at_ = list + reader.Position();
   if (!read || (count > 0 && !IsAt(at_, kind.itemTag))) {
-    if (at_ > Size()) return count;
     NoteFlaw(list, kind.list, kIsBroken);
+    headerWhole_ = placesKnown_ = false;
     at_ = list + kTagLength;
     ScanFor(end, {&kind.itemTag, &kDataSetTag});
   }
@@ -172,8 +186,8 @@ void SalvageWalk::WalkTracks(std::uint32_t count, std::uint32_t type, Position e
   tracksMet_ = true;
   contents_.statedTrackCount = count;
   WalkItems(kTracks, count, end, tracks, [&] {
-    contents_.tracks.Add(tracks.Item(), placesKnown_ ? contents_.seenTrackCount
-                                                     : TrackTable::kUnknownPlace);
+    contents_.tracks.Add(tracks.Item(),
+                         placesKnown_ ? contents_.seenTrackCount : TrackTable::kUnknownPlace);
   });
 }
 

@@ -27,7 +27,7 @@ class SequentialWalk {
   bool Ended() const { return reader_.Exhausted() || (untilFlaw_ && contents_.flaw); }
   void NoteFlaw(std::uint64_t offset, const char* subject, const char* trouble) {
     const bool cut = reader_.Remaining() == 0 && trouble != kStatesOtherLength;
-    contents_.NoteFlaw(offset, subject, cut ? kIsCut : trouble);
+    contents_.NoteFlaw(std::min(offset, reader_.Size()), subject, cut ? kIsCut : trouble);
   }
 
   Reader& reader_;
@@ -41,10 +41,11 @@ WalkResult SequentialWalk::WalkDatabase() {
   DatabaseHeader header;
   std::uint32_t headerLength = 0;
   std::uint32_t totalLength = 0;
-  if (CheckTag(reader_, kDatabaseTag) < 0 ||
-      !ReadWholeHeader<DatabaseHeader>(reader_, kShortestDatabaseHeader, headerLength, totalLength,
+  if (CheckTag(reader_, kDatabaseTag) < 0) return WalkResult::kNoDatabase;
+  if (!ReadWholeHeader<DatabaseHeader>(reader_, kShortestDatabaseHeader, headerLength, totalLength,
                                        header)) {
-    return WalkResult::kNoDatabase;
+    NoteFlaw(0, "the database", kIsBroken);
+    return WalkResult::kRefused;
   }
   std::uint32_t sum = headerLength;
   for (std::uint32_t i = 0; i < header.dataSetCount; ++i) {
@@ -56,6 +57,8 @@ WalkResult SequentialWalk::WalkDatabase() {
     sum += WalkDataSet();
   }
   const bool accepted = sum == totalLength && static_cast<std::int32_t>(totalLength) >= 0;
+  // The end of a header that says nothing may be missing.
+  if (reader_.PassedEnd()) NoteFlaw(reader_.Size(), "the database", kIsCut);
   if (!accepted) contents_.NoteFlaw(8, "the database", kStatesOtherLength);
   contents_.playlists = choice_.Take();
   return accepted ? WalkResult::kAccepted : WalkResult::kRefused;

@@ -8,7 +8,7 @@
 namespace quaylink {
 
 enum class WalkResult {
-  kNoDatabase,  // it does not begin as one
+  kNoDatabase,  // it does not begin with the tag of one
   kRefused,     // DatabaseChunk's result is negative; there is a flaw then
   kAccepted,
 };

@@ -74,16 +74,20 @@ char* PutUtf16(std::u16string_view text, char* to) {
 std::size_t CharacterLength(std::string_view bytes) {
   const auto byte = [bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
   const unsigned first = byte(0);
-  const std::size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 0;
+  const std::size_t length = first < 0x80   ? 1
+                             : first < 0xC2 ? 0
+                             : first < 0xE0 ? 2
+                             : first < 0xF0 ? 3
+                             : first < 0xF5 ? 4
+                                            : 0;
   if (length > bytes.size()) return 0;
   for (std::size_t i = 1; i < length; ++i) {
     if ((byte(i) & 0xC0) != 0x80) return 0;
   }
   // Neither longer than need be, nor half a pair, nor beyond the last character.
-  const bool sound = length < 2 || !((first == 0xE0 && byte(1) < 0xA0) ||
-                                     (first == 0xED && byte(1) > 0x9F) ||
-                                     (first == 0xF0 && byte(1) < 0x90) ||
-                                     (first == 0xF4 && byte(1) > 0x8F));
+  const bool sound =
+      length < 2 || !((first == 0xE0 && byte(1) < 0xA0) || (first == 0xED && byte(1) > 0x9F) ||
+                      (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) > 0x8F));
   return sound ? length : 0;
 }
 

@@ -21,7 +21,7 @@ constexpr auto kStringFields = [] {
   fields[kLocationObject] = &QuaylinkTrack::location;
   fields[kAlbumObject] = &QuaylinkTrack::album;
   fields[kArtistObject] = &QuaylinkTrack::artist;
-  fields[5] = &QuaylinkTrack::genre;
+  fields[kGenreObject] = &QuaylinkTrack::genre;
   fields[6] = &QuaylinkTrack::fileType;
   fields[8] = &QuaylinkTrack::comment;
   fields[9] = &QuaylinkTrack::category;
@@ -105,8 +105,8 @@ void TrackTable::Sort() {
   std::iota(order.begin(), order.end(), 0u);
   const auto idAt = [&](std::uint32_t index) { return idOf(rows_[index]); };
   std::ranges::stable_sort(order, {}, idAt);
-  const auto repeated = std::ranges::unique(order, {}, idAt);
-  order.erase(repeated.begin(), repeated.end());
+  const auto sameId = [&](std::uint32_t a, std::uint32_t b) { return idAt(a) == idAt(b); };
+  order.erase(std::unique(order.begin(), order.end(), sameId), order.end());
   std::vector<Row> sorted;
   sorted.reserve(order.size());
   for (const std::uint32_t index : order) sorted.push_back(rows_[index]);

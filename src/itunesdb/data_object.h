@@ -14,6 +14,7 @@ inline constexpr std::uint32_t kTitleObject = 1;
 inline constexpr std::uint32_t kLocationObject = 2;
 inline constexpr std::uint32_t kAlbumObject = 3;
 inline constexpr std::uint32_t kArtistObject = 4;
+inline constexpr std::uint32_t kGenreObject = 5;
 inline constexpr std::uint32_t kSmartPreferencesObject = 50;
 inline constexpr std::uint32_t kSmartRulesObject = 51;
 inline constexpr std::uint32_t kIndexListObject = 52;

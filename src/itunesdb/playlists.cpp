@@ -43,8 +43,8 @@ std::uint64_t NewPersistentId() {
 
 std::int32_t PlaylistItemChunk::Read(Reader& reader) {
   if (CheckTag(reader, kPlaylistItemTag) < 0) return FailedRead(reader);
-  if (!ReadWholeHeader<PlaylistItemHeader>(reader, kShortestPlaylistItemHeader, headerLength, totalLength,
-                                           *this)) {
+  if (!ReadWholeHeader<PlaylistItemHeader>(reader, kShortestPlaylistItemHeader, headerLength,
+                                           totalLength, *this)) {
     return FailedRead(reader);
   }
   return static_cast<std::int32_t>(headerLength +

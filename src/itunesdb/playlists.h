@@ -12,7 +12,7 @@ namespace quaylink {
 std::uint64_t NewPersistentId();
 
 // Headers that are shorter cannot be read.
-inline constexpr std::uint32_t kShortestPlaylistHeader = 20;  // up to the item count
+inline constexpr std::uint32_t kShortestPlaylistHeader = 20;      // up to the item count
 inline constexpr std::uint32_t kShortestPlaylistItemHeader = 16;  // up to the data-object count
 
 struct PlaylistItemHeader {

@@ -57,6 +57,7 @@ class Reader {
     return position < size_ ? size_ - position : 0;
   }
 
+  std::uint64_t Size() const { return size_; }
   bool PassedEnd() const { return Position() > size_; }
 
   void NoteFailedChunk() { ++failedChunks_; }

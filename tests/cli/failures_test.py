@@ -178,9 +178,11 @@ class Failures(ProgramTest):
             self.assertIn("the output could not be written", errors)
 
     def test_wrong_usage_has_its_own_status(self):
-        for arguments in ([], ["play"], ["tracks", "--sort", "length"], ["tracks", "--columns", "title,length"], ["tracks", "--year", "199x"],
-                          ["tracks", "--kind", "song"], ["playlists", ""], ["copy-track", "", "x"], ["copy-track", "010", "x"], ["copy-track", "1x", "x"], ["export"],
-                          ["export", self.out, "--name", "{titel}"], ["copy-track", "one", "x"],
+        for arguments in ([], ["play"], ["tracks", "--sort", "length"], ["tracks", "--columns", "title,"],
+                          ["tracks", "--year", "199x"], ["tracks", "--kind", "song"], ["playlists", ""],
+                          ["copy-track", "", "x"], ["copy-track", "010", "x"], ["copy-track", "1x", "x"],
+                          ["copy-track", "4294967296", "x"], ["copy-track", "one", "x"], ["export"],
+                          ["export", self.out, "--name", "{titel}"],
                           ["tracks", "--json", "--csv"], ["tracks", ""], ["export", ""],
                           ["pull", "", "x"], ["copy-track", 0, ""]):
             self.failure(*arguments, status=2)

@@ -5,6 +5,7 @@
 
 #include <fstream>
 
+#include "collection/collection.h"
 #include "interface/device_manager.h"
 #include "support/hostile_files.h"
 
@@ -18,26 +19,37 @@ extern "C" void __sanitizer_cov_trace_pc() {  // NOLINT(readability-identifier-n
 namespace quaylink::test {
 namespace {
 
-std::uint64_t WorkToParse(const std::string& bytes) {
+struct Work {
+  std::uint64_t parsing;
+  std::uint64_t opening;  // as a collection
+};
+
+Work WorkOf(const std::string& bytes) {
   const std::string path = testing::TempDir() + "/quaylink-linear-" + std::to_string(::getpid());
   std::ofstream(path, std::ios::binary) << bytes;
   DeviceManager manager;
   const std::uint64_t before = blocksExecuted;
   manager.Parse(path.c_str());
-  const std::uint64_t work = blocksExecuted - before;
+  const std::uint64_t between = blocksExecuted;
+  Failure failure;
+  OpenFile(path.c_str(), {}, failure);
   std::remove(path.c_str());
-  return work;
+  return {between - before, blocksExecuted - between};
 }
 
-TEST(LinearTest, TheWorkOfParsingAnyFileGrowsWithItsSize) {
+TEST(LinearTest, TheWorkOfParsingAndOpeningAnyFileGrowsWithItsSize) {
   const auto files = HostileFiles(200 << 10);
   const auto twice = HostileFiles(400 << 10);
   for (std::size_t i = 0; i < files.size(); ++i) {
-    const std::uint64_t work = WorkToParse(files[i].bytes);
-    EXPECT_GT(work, 0u);
+    SCOPED_TRACE(files[i].name);
+    const Work work = WorkOf(files[i].bytes);
+    const Work workOfTwice = WorkOf(twice[i].bytes);
+    EXPECT_GT(work.parsing, 0u);
+    EXPECT_GT(work.opening, 0u);
     // Putting tracks in order takes a little more than twice
     // as long; a quadratic step would take four times.
-    EXPECT_LT(WorkToParse(twice[i].bytes), work * 23 / 10 + 1000) << files[i].name;
+    EXPECT_LT(workOfTwice.parsing, work.parsing * 23 / 10 + 1000);
+    EXPECT_LT(workOfTwice.opening, work.opening * 23 / 10 + 1000);
   }
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "itunesdb/chunk.h"
 
@@ -108,6 +109,10 @@ inline Reading ReadBytes(Chunk& chunk, std::string_view bytes) {
 inline std::string BytesOf(const Writer& writer) {
   const auto written = writer.Written();
   return {written.begin(), written.end()};
+}
+
+inline std::string BytesOf(const std::vector<std::uint8_t>& bytes) {
+  return {bytes.begin(), bytes.end()};
 }
 
 // What the chunk writes.

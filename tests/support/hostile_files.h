@@ -20,6 +20,11 @@ inline std::string Repeat(std::size_t count, const std::string& piece) {
   return bytes;
 }
 
+// The bytes with another length in the place of the one at that offset.
+inline std::string Lengthened(std::string bytes, std::size_t offset, std::uint32_t length) {
+  return bytes.replace(offset, 4, U32(length));
+}
+
 // A file of `size` bytes that are copies of one piece, which `wrap` makes a database of.
 template <class Wrap>
 std::string Filled(std::size_t size, const std::string& piece, Wrap wrap) {
@@ -103,6 +108,14 @@ inline std::vector<HostileFile> HostileFiles(std::size_t size) {
       {"playlist items of 33 objects", Filled(size, item(33, Repeat(33, object)), inPlaylist)},
       {"nothing that is there", Filled(size, "mhod", endless(inDatabase))},
       {"only zeros", Zeros(size)},
+      {"tracks that say they are longer",
+       Filled(size, Lengthened(Track(7, 1, object, 156), 8, 100'000), inTracks)},
+      {"tracks that say they are shorter",
+       Filled(size, Lengthened(Track(7, 3, object + object + object, 156), 8, 1), inTracks)},
+      {"tracks of texts that say they are longer",
+       Filled(size, Lengthened(Track(7, 1, TextObject(1, u"T"), 156), 184, 100'000), inTracks)},
+      {"playlists that lack an item", Filled(size, playlist(0, 2, item(0, "")), inPlaylists)},
+      {"tags of tracks", Filled(size, "mhit", inTracks)},
   };
 
   std::string tracks;
