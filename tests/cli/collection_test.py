@@ -7,9 +7,9 @@ import os
 import struct
 import threading
 import unittest
-import zlib
 
-from players import EXPORTED, FIRST_ID, TRACKS, ProgramTest, contents_of, database, playlist
+from players import (EXPORTED, FIRST_ID, TRACKS, ProgramTest, compressed, contents_of, database,
+                     playlist)
 
 # Of the first track, in the order of the JSON.
 WHOLE_TRACK = {
@@ -54,15 +54,6 @@ def play_counts(entries):
 
 
 COUNTED = play_counts([(1, 3034627200, 5000, 100, 1, 0), (4, 0, 0, 0, 0, 0)] + [(0,) * 6] * 3)
-
-
-def compressed(whole):
-    length = struct.unpack_from("<I", whole, 4)[0]
-    header = bytearray(whole[:length])
-    body = zlib.compress(whole[length:])
-    header[0xA8 if length > 0xA8 else length - 1] = 1
-    struct.pack_into("<I", header, 8, length + len(body))
-    return bytes(header) + body
 
 
 class Collection(ProgramTest):
@@ -119,7 +110,6 @@ class Collection(ProgramTest):
                                  (["--playlist", "ete", "--year", "1980"], [1]),
                                  (["--playlist", "podcasts", "--playlist", "ete"], [])]:
             self.assertEqual([track["index"] for track in self.listed(self.file, *options)], indices, options)
-        self.assertIn('has no playlist "été 2"', self.failure("tracks", self.file, "--playlist", "été 2"))
 
     def test_playlists_are_listed_in_the_order_of_the_file(self):
         lists = json.loads(self.run_program("playlists", self.file, "--json")[0])
@@ -135,7 +125,8 @@ class Collection(ProgramTest):
 
     def test_database_comes_through_a_pipe(self):
         expected = self.listed(self.file)
-        self.assertEqual(self.listed("-", stdin=self.file.open("rb")), expected)
+        with self.file.open("rb") as file:
+            self.assertEqual(self.listed("-", stdin=file), expected)
         reader, writer = os.pipe()
         pipe = self.folder / "pipe"
         os.mkfifo(pipe)
@@ -200,11 +191,8 @@ class Devices(ProgramTest):
 
     def check_compressed(self, road):
         folder = self.database_folder(road)
-        whole = database(TRACKS, PROPERTIES, PLAYLISTS).replace(b"mhbd\x68", b"mhbd\xf4", 1)
-        whole = whole[:104] + bytes(244 - 104) + whole[104:]
-        whole = whole[:8] + struct.pack("<I", len(whole)) + whole[12:]
         (folder / "iTunesDB").write_bytes(b"")
-        (folder / "iTunesCDB").write_bytes(compressed(whole))
+        (folder / "iTunesCDB").write_bytes(compressed(database(TRACKS, PROPERTIES, PLAYLISTS)))
         self.run_program("export", self.out)
         self.check_export()
         self.assertIn("3 playlists", self.run_program("playlists")[0])

@@ -7,8 +7,8 @@ import re
 import subprocess
 import unittest
 
-from players import (DOCUMENTED, EXPORTED, HAVE_RUN, SAID, TRACKS, ProgramTest, contents_of,
-                     database, obey_permissions)
+from players import (DOCUMENTED, EXPORTED, HAVE_RUN, SAID, TRACKS, ProgramTest, compressed,
+                     contents_of, database, obey_permissions)
 
 CLONE_NEWNS = 0x20000
 
@@ -26,7 +26,8 @@ class Failures(ProgramTest):
         for name, contents, words in [
                 ("missing", None, "the database cannot be opened: No such file or directory"),
                 ("text.txt", b"no database at all", "this is no music database"),
-                ("empty", b"", "this is no music database")]:
+                ("empty", b"", "this is no music database"),
+                ("bomb", compressed(database(TRACKS) + bytes(2**20)), "the compressed database is too large")]:
             file = self.folder / name
             if contents is not None:
                 file.write_bytes(contents)
@@ -36,8 +37,15 @@ class Failures(ProgramTest):
         for command in ("tracks", "playlists"):
             self.assertEqual(self.failure(command, "-", stdin=subprocess.DEVNULL),
                              "quaylink: the standard input: this is no music database\n")
+        self.assertIn("cannot be read to its end", self.failure("tracks", "/proc/self/mem"))
         # This one has no end.
         self.assertIn("this is no music database", self.failure("tracks", "/dev/zero"))
+
+    def test_playlist_that_does_not_exist(self):
+        self.machine.attach_player()
+        for command in (["tracks"], ["export", self.out]):
+            self.assertEqual(self.failure(*command, "--playlist", "été 2"), "quaylink: the device's music database: "
+                             "has no playlist \"été 2\" (see 'quaylink playlists')\n")
 
     def test_machine_that_is_no_folder_is_told(self):
         self.machine.attach_player()
@@ -178,7 +186,7 @@ class Failures(ProgramTest):
             self.assertIn("the output could not be written", errors)
 
     def test_wrong_usage_has_its_own_status(self):
-        for arguments in ([], ["play"], ["tracks", "--sort", "length"], ["tracks", "--columns", "title,"],
+        for arguments in ([], ["play"], ["tracks", "--sort", "length"], ["tracks", "--columns", "title,length"],
                           ["tracks", "--year", "199x"], ["tracks", "--kind", "song"], ["playlists", ""],
                           ["copy-track", "", "x"], ["copy-track", "010", "x"], ["copy-track", "1x", "x"],
                           ["copy-track", "4294967296", "x"], ["copy-track", "one", "x"], ["export"],

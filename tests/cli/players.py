@@ -12,6 +12,7 @@ import subprocess
 import tempfile
 import time
 import unittest
+import zlib
 
 PROGRAM = os.environ["QUAYLINK_PROGRAM"]
 PHONE_LIBRARIES = os.environ["QUAYLINK_PHONE_LIBRARIES"]
@@ -88,6 +89,16 @@ def database(tracks, properties=None, playlists=(playlist("", []),)):
     data_sets = chunk(b"mhsd", 96, struct.pack("<I", 1), track_list)
     data_sets += chunk(b"mhsd", 96, struct.pack("<I", 2), lists)
     return chunk(b"mhbd", 104, struct.pack("<III", 1, 25, 2), data_sets)
+
+
+def compressed(whole):
+    """The form in which newer players keep a database."""
+    length = struct.unpack_from("<I", whole, 4)[0]
+    header = bytearray(whole[:length].ljust(244, b"\0"))
+    body = zlib.compress(whole[length:])
+    struct.pack_into("<II", header, 4, len(header), len(header) + len(body))
+    header[0xA8] = 1
+    return bytes(header) + body
 
 
 TRACKS = [
