@@ -58,7 +58,7 @@ void Parse(std::span<const std::uint8_t> bytes) {
   DatabaseChunk database;
   Reader reader(bytes);
   Require(parsed == (database.Read(reader) >= 0), "file and memory give the same result");
-  Require(SameTree(database, theDatabase), "file and memory give the same tree");
+  Require(test::SameTree(database, theDatabase), "file and memory give the same tree");
 
   const DataSetChunk* tracks = parsed ? database.TrackDataSet() : nullptr;
   Require(manager.trackRecords.size() == (tracks ? tracks->trackList.tracks.size() : 0),
@@ -66,7 +66,7 @@ void Parse(std::span<const std::uint8_t> bytes) {
   for (const TrackRecord& record : manager.trackRecords) {
     Require(EndsWithNul(record.location) && EndsWithNul(record.artist) &&
                 EndsWithNul(record.title) && EndsWithNul(record.album),
-            "every text of a record ends");
+            "every string of a record ends");
   }
 }
 

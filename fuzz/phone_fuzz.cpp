@@ -152,7 +152,7 @@ void UsePhone(FuzzedDataProvider& input) {
   stand_in::StandInPhone phone(std::move(setUp));
   stand_in::SetCurrentPhone(&phone);
 
-  portable::CurrentMachine().update = nullptr;  // no look at the computer's own devices
+  portable::CurrentMachine().readDrives = nullptr;  // no look at the computer's own drives
   MobileDeviceBridge bridge(stand_in::InProcessLibraries());
   Require(bridge.Connect(true) == 1, "the phone can be connected");
   ListAndCopy(bridge, *files);

@@ -35,7 +35,7 @@ void ReadAndWriteTwice(std::span<const std::uint8_t> bytes) {
   DatabaseChunk second;
   Reader again(written.Written());
   Require(second.Read(again) == length && again.Remaining() == 0, "what was written is sound");
-  Require(SameTree(first, second), "reading gives what was written");
+  Require(test::SameTree(first, second), "reading gives what was written");
 
   Writer writtenAgain;
   second.Write(writtenAgain);

@@ -79,7 +79,7 @@ TEST(Database, TheFirstDataSetOfTypeOneHoldsTheTracks) {
   DatabaseChunk database;
   ReadBytes(database, Database(4, kAlbums + sixth + kTracks + other));
   ASSERT_NE(database.TrackDataSet(), nullptr);
-  EXPECT_EQ(database.TrackDataSet()->trackList.tracks.size(), 1U);
+  EXPECT_EQ(database.TrackDataSet()->trackList.tracks.size(), 1u);
   database.Clear();
   database.Clear();
   EXPECT_EQ(database.TrackDataSet(), nullptr);

@@ -108,8 +108,8 @@ TEST(UsbDeviceListOnAMachine, KeepsTheEntriesFoundBeforeAListingFailed) {
   }
 }
 
-// A sysfs and a mount table as a kernel would show them,
-// for a player with two partitions on the disk sdb.
+// A sysfs and a mount table as a kernel would show them, for a player with two partitions on the
+// disk sdb.
 class Computer : public testing::Test {
  protected:
   Computer() {

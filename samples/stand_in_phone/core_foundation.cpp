@@ -2,13 +2,14 @@
 #include "stand_in_phone/call.h"
 
 using quaylink::stand_in::Call;
-using quaylink::stand_in::CurrentPhone;
 
 namespace quaylink {
 
 struct Allocator {};
+// Known again by its mark in another copy of this library, too.
 struct ServiceName {
   std::string string;
+  std::uint32_t mark = 0x5EEDC0DEu;
 };
 
 namespace {
@@ -42,8 +43,5 @@ quaylink::ServiceName* CFStringCreateWithCString(quaylink::Allocator* allocator,
 }
 
 const char* CFStringGetCStringPtr(const quaylink::ServiceName* string, std::uint32_t /*encoding*/) {
-  for (const auto& name : CurrentPhone().names) {
-    if (name.get() == string) return name->string.c_str();
-  }
-  return nullptr;
+  return string && string->mark == quaylink::ServiceName().mark ? string->string.c_str() : nullptr;
 }

@@ -1,4 +1,4 @@
-// 8-bit texts without regard to the case of ASCII letters.
+// 8-bit strings without regard to the case of ASCII letters.
 #pragma once
 
 #include <algorithm>

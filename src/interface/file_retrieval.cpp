@@ -31,7 +31,7 @@ std::string_view FindDatabase(const std::vector<std::string>& files) {
 
 // Creates the file, or empties it where it exists.
 bool CreateEmptyFile(const char* path) {
-  return OpenLocalFile(path, "wb") != nullptr;
+  return static_cast<bool>(OpenLocalFile(path, "wb"));
 }
 
 bool CopyLocalFile(const char* source, const char* destination) {

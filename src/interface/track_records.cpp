@@ -1,7 +1,6 @@
 // From the chunks of a database to the records that a host gets.
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -16,44 +15,46 @@ namespace quaylink {
 
 namespace {
 
-constexpr std::size_t kLongestText = QUAYLINK_TEXT_SIZE - 1;
+constexpr std::size_t kLongestString = QUAYLINK_TEXT_SIZE - 1;
 
-// A text of a record in the making, in the ANSI code page.
-struct AnsiText {
+// A string of a record in the making, in the ANSI code page.
+struct AnsiString {
   char bytes[QUAYLINK_TEXT_SIZE];
   std::size_t length = 0;
   bool whole = true;  // false when only the first characters fit
 };
 
 // Zero units is an error to WideCharToMultiByte, and so is a result that does not fit: both give 0.
-std::size_t ToAnsi(std::u16string_view text, char* bytes, std::size_t capacity) {
+std::size_t ToAnsi(std::u16string_view string, char* bytes, std::size_t capacity) {
   return static_cast<std::size_t>(WideCharToMultiByte(
-      CP_ACP, 0, reinterpret_cast<const WCHAR*>(text.data()), static_cast<int>(text.size()), bytes,
-      static_cast<int>(capacity), nullptr, nullptr));
+      CP_ACP, 0, reinterpret_cast<const WCHAR*>(string.data()), static_cast<int>(string.size()),
+      bytes, static_cast<int>(capacity), nullptr, nullptr));
 }
 
-// The whole characters at the beginning of the text that fit. True when all of them do.
-bool ConvertWhatFits(std::u16string_view text, AnsiText& result) {
-  while (!text.empty()) {
-    const bool pair = text.size() > 1 && IsHighSurrogate(text[0]) && IsLowSurrogate(text[1]);
-    const std::u16string_view character = text.substr(0, pair ? 2 : 1);
+// The whole characters at the beginning of the string that fit. True when all of them do.
+bool ConvertWhatFits(std::u16string_view string, AnsiString& result) {
+  while (!string.empty()) {
+    const bool pair = string.size() > 1 && IsHighSurrogate(string[0]) && IsLowSurrogate(string[1]);
+    const std::u16string_view character = string.substr(0, pair ? 2 : 1);
     char bytes[16];
     const std::size_t length = ToAnsi(character, bytes, sizeof(bytes));
-    if (length > kLongestText - result.length) return false;
+    if (length > kLongestString - result.length) return false;
     std::memcpy(result.bytes + result.length, bytes, length);
     result.length += length;
-    text.remove_prefix(character.size());
+    string.remove_prefix(character.size());
   }
   return true;
 }
 
-// The text ends at its first NUL. Hardly any holds one, so that is looked for in the result.
-AnsiText Convert(std::u16string_view units) {
-  AnsiText result;
+// The string ends at its first NUL. Hardly any holds one, so that is looked for in the result.
+AnsiString Convert(std::u16string_view units) {
+  AnsiString result;
   if (!units.empty()) {
-    result.length = ToAnsi(units, result.bytes, kLongestText);
+    result.length = ToAnsi(units, result.bytes, kLongestString);
     if (result.length > 0) {
-      result.length = strnlen(result.bytes, result.length);
+      const void* end = std::memchr(result.bytes, '\0', result.length);
+      if (end)
+        result.length = static_cast<std::size_t>(static_cast<const char*>(end) - result.bytes);
     } else {
       result.whole = ConvertWhatFits(units.substr(0, units.find(u'\0')), result);
     }
@@ -62,37 +63,39 @@ AnsiText Convert(std::u16string_view units) {
   return result;
 }
 
-void CopyText(const AnsiText& text, char (&field)[QUAYLINK_TEXT_SIZE]) {
-  std::memcpy(field, text.bytes, text.length + 1);
+void CopyString(const AnsiString& string, char (&field)[QUAYLINK_TEXT_SIZE]) {
+  std::memcpy(field, string.bytes, string.length + 1);
 }
 
 // Players store the location with ":" between its parts.
-void CopyLocation(const AnsiText& text, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
+void CopyLocation(AnsiString string, char driveLetter, char (&field)[QUAYLINK_TEXT_SIZE]) {
   const std::size_t prefix = driveLetter ? 2 : 0;
-  if (!text.whole || prefix + text.length > kLongestText) return;
+  field[0] = '\0';
+  if (!string.whole || prefix + string.length > kLongestString) return;
+  std::replace(string.bytes, string.bytes + string.length, ':', driveLetter ? '\\' : '/');
   if (driveLetter) {
     field[0] = driveLetter;
     field[1] = ':';
   }
-  std::replace_copy(text.bytes, text.bytes + text.length, field + prefix, ':',
-                    driveLetter ? '\\' : '/');
+  std::memcpy(field + prefix, string.bytes, string.length + 1);
 }
 
-// Of several strings of one type the last one counts.
-void FillRecord(const TrackItemChunk& item, char driveLetter, TrackRecord& record) {
-  std::array<const DataObjectChunk*, kArtistObject + 1> found{};
-  for (const auto& object : item.dataObjects) {
-    const std::uint32_t type = object->objectType;
-    if (type < found.size()) found[type] = object.get();
-  }
-  const auto convert = [&found](std::uint32_t type) {
-    const ArenaArray<char16_t>& text = found[type]->wideText;
-    return Convert({text.data(), text.size()});
+void AddString(const DataObjectChunk& object, char driveLetter, TrackRecord& record) {
+  const auto convert = [&object] {
+    return Convert({object.wideText.data(), object.wideText.size()});
   };
-  if (found[kTitleObject]) CopyText(convert(kTitleObject), record.title);
-  if (found[kLocationObject]) CopyLocation(convert(kLocationObject), driveLetter, record.location);
-  if (found[kAlbumObject]) CopyText(convert(kAlbumObject), record.album);
-  if (found[kArtistObject]) CopyText(convert(kArtistObject), record.artist);
+  switch (object.objectType) {
+    case kTitleObject:
+      return CopyString(convert(), record.title);
+    case kLocationObject:
+      return CopyLocation(convert(), driveLetter, record.location);
+    case kAlbumObject:
+      return CopyString(convert(), record.album);
+    case kArtistObject:
+      return CopyString(convert(), record.artist);
+    default:
+      return;
+  }
 }
 
 }  // namespace
@@ -125,7 +128,8 @@ bool DeviceManager::Parse(const char* databasePath) {
 
 void DeviceManager::BuildTrackRecords(const TrackListChunk& trackList) {
   for (const TrackMap::Entry& track : trackList.tracks) {
-    FillRecord(*track.item, driveLetter, trackRecords.emplace_back());
+    TrackRecord& record = trackRecords.emplace_back();
+    for (const auto& object : track.item->dataObjects) AddString(*object, driveLetter, record);
   }
 }
 

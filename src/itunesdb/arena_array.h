@@ -2,8 +2,10 @@
 // many chunks.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <span>
 #include <type_traits>
 #include <utility>

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -28,8 +29,7 @@ class Chunk {
   // Reads the chunk that begins at the reader's position and leaves the reader after the last byte
   // taken. Returns the chunk's length as its kind reckons it, or -1 when the chunk is not there or
   // is not sound. Lengths add up modulo 2^32, so that a damaged file can give other negative
-  // results, which count as failure too. Throws std::bad_alloc; what was read until then stays
-  // owned.
+  // results, which count as failure too. Throws std::bad_alloc, and leaks nothing.
   virtual std::int32_t Read(Reader& reader) = 0;
 
   // Writes the chunk and its children. Returns the number of bytes written, or the negative result

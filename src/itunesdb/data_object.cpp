@@ -1,7 +1,6 @@
 #include "itunesdb/data_object.h"
 
 #include <algorithm>
-#include <string>
 
 namespace quaylink {
 

@@ -1,7 +1,5 @@
 #include "itunesdb/database.h"
 
-#include <algorithm>
-
 #include "common/checked_at.h"
 
 namespace quaylink {

@@ -1,5 +1,5 @@
-// mhbd and mhsd: the whole database, its data sets,
-// and the one database that the library parses into.
+// mhbd and mhsd: the whole database, its data sets, and the one database that the library parses
+// into.
 #pragma once
 
 #include <array>
@@ -32,8 +32,8 @@ class DataSetChunk final : public Chunk, public DataSetHeader {
   PlaylistListChunk playlistList;
   AlbumListChunk albumList;
 
-  // Returns the total length that the data set states,
-  // whatever becomes of its list; -1 for an unknown type.
+  // Returns the total length that the data set states, whatever becomes of its list; -1 for an
+  // unknown type.
   std::int32_t Read(Reader& reader) override;
   std::int32_t Write(Writer& writer) override;
 
@@ -83,8 +83,8 @@ class DatabaseChunk final : private Arena, public Chunk, public DatabaseHeader {
   // Writes `dataSetCount` data sets. Throws std::out_of_range when fewer are held.
   std::int32_t Write(Writer& writer) override;
 
-  // Destroys every data set. The header fields keep their
-  // values, and the memory stays for the next reading.
+  // Destroys every data set. The header fields keep their values, and the memory stays for the next
+  // reading.
   void Clear();
   // Returns the memory that holds nothing to the system.
   void ReleaseUnusedMemory() { Trim(); }

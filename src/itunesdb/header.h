@@ -13,10 +13,12 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <span>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 
 #include "itunesdb/little_endian.h"
@@ -70,8 +72,25 @@ constexpr std::size_t WholeFields(std::size_t length) {
 // From the tag to the end of the fields.
 template <class H>
 constexpr std::uint32_t KnownLength() {
-  static_assert(WholeFields<H>(SIZE_MAX) == sizeof(H), "a field is missing from Fields");
+  static_assert(std::is_trivially_copyable_v<H> && alignof(H) == 1);
+  static_assert(WholeFields<H>(SIZE_MAX) == sizeof(H), "Fields lists another number of bytes");
   return kCommonHeaderLength + sizeof(H);
+}
+
+// Takes what there is of the words and fields that follow the tag out of `bytes`, from a header of
+// `length` bytes that ends in the midst of the fields, or in the midst of which the file ends.
+template <class H>
+void TakeShortHeader(std::span<const std::uint8_t> bytes, std::uint32_t length,
+                     std::uint32_t& headerLength, std::uint32_t& thirdWord, H& fields) {
+  if (bytes.size() >= 4) headerLength = LoadLittleEndian<std::uint32_t>(bytes.data());
+  if (bytes.size() >= 8) thirdWord = LoadLittleEndian<std::uint32_t>(bytes.data() + 4);
+  const auto inFile = bytes.subspan(std::min<std::size_t>(bytes.size(), 8));
+  const std::size_t stated = WholeFields<H>(length - kCommonHeaderLength);
+  H taken;
+  std::memcpy(&taken, &fields, stated);
+  const std::size_t there = WholeFields<H>(std::min(stated, inFile.size()));
+  if (there > 0) std::memcpy(&taken, inFile.data(), there);
+  fields = taken;
 }
 
 // Takes the words and fields that follow the tag out of `bytes`, which the reader has next, from a
@@ -81,24 +100,14 @@ constexpr std::uint32_t KnownLength() {
 template <class H>
 void TakeHeader(Reader& reader, std::span<const std::uint8_t> bytes, std::uint32_t length,
                 std::uint32_t& headerLength, std::uint32_t& thirdWord, H& fields) {
-  constexpr std::size_t kWords = kCommonHeaderLength - kTagLength;
   constexpr std::uint32_t kKnown = KnownLength<H>();
-  if (length >= kKnown && bytes.size() >= kWords + sizeof(H)) {
+  if (length >= kKnown && bytes.size() >= kKnown - kTagLength) {
     headerLength = LoadLittleEndian<std::uint32_t>(bytes.data());
     thirdWord = LoadLittleEndian<std::uint32_t>(bytes.data() + 4);
-    std::memcpy(&fields, bytes.data() + kWords, sizeof(H));
-    reader.Skip(kKnown - kTagLength);
-    return;
+    std::memcpy(&fields, bytes.data() + 8, sizeof(H));
+  } else {
+    TakeShortHeader(bytes, length, headerLength, thirdWord, fields);
   }
-  if (bytes.size() >= 4) headerLength = LoadLittleEndian<std::uint32_t>(bytes.data());
-  if (bytes.size() >= 8) thirdWord = LoadLittleEndian<std::uint32_t>(bytes.data() + 4);
-  const std::size_t stated = WholeFields<H>(length - kCommonHeaderLength);
-  const std::size_t there = bytes.size() > kWords ? bytes.size() - kWords : 0;
-  H taken;
-  std::memcpy(&taken, &fields, stated);
-  std::memcpy(&taken, bytes.data() + std::min(bytes.size(), kWords),
-              WholeFields<H>(std::min(stated, there)));
-  fields = taken;
   reader.Skip(std::min(length, kKnown) - kTagLength);
 }
 

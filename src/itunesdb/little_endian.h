@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 namespace quaylink {
 
@@ -27,6 +28,8 @@ void StoreLittleEndian(std::uint8_t* bytes, T value) {
 // bytes in the file are. It reads and writes like the integer.
 template <class T>
 class LittleEndian {
+  static_assert(std::is_unsigned_v<T>);
+
  public:
   constexpr LittleEndian(T value = 0)
       : bytes_(std::bit_cast<std::array<std::uint8_t, sizeof(T)>>(value)) {}
@@ -36,7 +39,7 @@ class LittleEndian {
   std::array<std::uint8_t, sizeof(T)> bytes_;
 };
 
-using Field8 = std::uint8_t;
+using Field8 = LittleEndian<std::uint8_t>;
 using Field16 = LittleEndian<std::uint16_t>;
 using Field32 = LittleEndian<std::uint32_t>;
 using Field64 = LittleEndian<std::uint64_t>;

@@ -18,8 +18,8 @@ inline constexpr std::uint32_t kShortestPlaylistItemHeader = 16;  // up to the d
 struct PlaylistItemHeader {
   Field32 dataObjectCount;  // as read; the number held is what is written
   Field16 groupFlag;        // not 0: a group of tracks with its title, not a track
-  Field8 field0x12 = 0;
-  Field8 field0x13 = 0;
+  Field8 field0x12;
+  Field8 field0x13;
   Field32 field0x14;
   Field32 trackId;
   Field32 field0x1C;
@@ -46,17 +46,17 @@ class PlaylistItemChunk final : public Chunk, public PlaylistItemHeader {
 struct PlaylistHeader {
   Field32 dataObjectCount;
   Field32 itemCount;
-  Field8 masterFlag = 0;
-  Field8 field0x15 = 0;
-  Field8 field0x16 = 0;
-  Field8 field0x17 = 0;
+  Field8 masterFlag;
+  Field8 field0x15;
+  Field8 field0x16;
+  Field8 field0x17;
   Field32 field0x18;
   Field64 playlistId;
   Field32 field0x24;
   Field16 field0x28;
   Field16 podcastFlag;  // 1: the list of podcasts
   Field32 field0x2C;
-  std::array<Field8, 32> field0x30{};  // not kept: written as zeros
+  std::array<Field8, 32> field0x30{};  // not kept by reading
   Field32 field0x50;
 
   static constexpr auto Fields() {

@@ -41,7 +41,7 @@ class Reader {
     return {next_, there < size ? there : size};
   }
 
-  // Moves on by any distance.
+  // Moves on. The new position must fit in 64 bits.
   void Skip(std::uint64_t distance) {
     if (distance <= InWindow()) {
       next_ += distance;

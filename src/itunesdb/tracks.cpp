@@ -58,10 +58,11 @@ void TrackMap::Add(std::vector<Entry> entries) {
     std::ranges::move(entries, std::back_inserter(entries_));
   }
   // Players write them in order, and then there is nothing to do.
-  if (std::ranges::is_sorted(entries_, std::less_equal(), &Entry::id)) return;
+  const auto outOfOrder = std::ranges::adjacent_find(entries_, std::greater_equal(), &Entry::id);
+  if (outOfOrder == entries_.end()) return;
   std::ranges::stable_sort(entries_, {}, &Entry::id);
-  const auto repeated = std::ranges::unique(entries_, {}, &Entry::id);
-  entries_.erase(repeated.begin(), repeated.end());
+  const auto sameId = [](const Entry& a, const Entry& b) { return a.id == b.id; };
+  entries_.erase(std::unique(entries_.begin(), entries_.end(), sameId), entries_.end());
 }
 
 std::int32_t TrackListChunk::Read(Reader& reader) {

@@ -18,18 +18,18 @@ struct TrackItemHeader {
   Field32 trackId;
   Field32 field0x14 = 1;
   Field32 field0x18;
-  Field8 field0x1C = 0;
-  Field8 field0x1D = 0;
-  Field8 partOfCompilation = 0;  // 0 or 1
-  Field8 rating = 0;             // 0 to 100, 20 a star
-  Field32 modified;              // seconds since 1904-01-01 00:00, as every time; 0 is none
-  Field32 fileSize;              // bytes
+  Field8 field0x1C;
+  Field8 field0x1D;
+  Field8 partOfCompilation;  // 0 or 1
+  Field8 rating;             // 0 to 100, 20 a star
+  Field32 modified;          // seconds since 1904-01-01 00:00, as every time; 0 is none
+  Field32 fileSize;          // bytes
   Field32 lengthMs;
   Field32 trackNumber;
   Field32 trackCount;
   Field32 year;
   Field32 bitRate;     // kbit/s
-  Field16 field0x3C;   // not kept: written as 0
+  Field16 field0x3C;   // not kept by reading
   Field16 sampleRate;  // Hz
   Field32 field0x40;
   Field32 field0x44;
@@ -44,8 +44,8 @@ struct TrackItemHeader {
   Field32 added;
   Field32 bookmarkMs;
   Field64 persistentId;
-  Field8 unchecked = 0;  // 0: checked
-  Field8 field0x79 = 0;
+  Field8 unchecked;  // 0: checked
+  Field8 field0x79;
   Field16 beatsPerMinute;
   Field16 field0x7C;
   Field16 field0x7E;
@@ -59,15 +59,15 @@ struct TrackItemHeader {
   Field32 field0x98;
   Field32 skipCount;
   Field32 lastSkipped;
-  Field8 field0xA4 = 0;
-  Field8 field0xA5 = 0;
-  Field8 field0xA6 = 0;
-  Field8 field0xA7 = 0;
+  Field8 field0xA4;
+  Field8 field0xA5;
+  Field8 field0xA6;
+  Field8 field0xA7;
   Field64 field0xA8;
-  Field8 field0xB0 = 0;
-  Field8 field0xB1 = 0;
-  Field8 field0xB2 = 0;
-  Field8 field0xB3 = 0;
+  Field8 field0xB0;
+  Field8 field0xB1;
+  Field8 field0xB2;
+  Field8 field0xB3;
   Field32 field0xB4;
   Field32 field0xB8;
   Field64 field0xBC;

@@ -6,14 +6,11 @@
 
 namespace quaylink {
 
-void Writer::GrowFor(std::size_t size) {
-  if (size > std::numeric_limits<std::size_t>::max() - size_) throw std::bad_alloc();
-  const bool canDouble = capacity_ <= std::numeric_limits<std::size_t>::max() / 2;
-  GrowTo(std::max(size_ + size, canDouble ? capacity_ * 2 : 0));
-}
-
 // Large memory grows in place or moves without being copied where the system can do that.
-void Writer::GrowTo(std::size_t capacity) {
+void Writer::GrowFor(std::size_t size) {
+  constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
+  if (size > kMost - size_) throw std::bad_alloc();
+  const std::size_t capacity = std::max(size_ + size, capacity_ <= kMost / 2 ? capacity_ * 2 : 0);
   void* larger = std::realloc(bytes_.get(), capacity);
   if (!larger) throw std::bad_alloc();
   static_cast<void>(bytes_.release());  // it is part of the larger memory, or gone

@@ -1,6 +1,7 @@
 // Where chunks go: memory that grows as they are written.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -44,6 +45,7 @@ class Writer {
 
   // Fills in a 32-bit word that was appended earlier, `position` bytes from the beginning.
   void Overwrite(std::size_t position, std::uint32_t value) {
+    assert(position + sizeof(value) <= size_);
     StoreLittleEndian(bytes_.get() + position, value);
   }
 
@@ -57,7 +59,6 @@ class Writer {
   };
 
   void GrowFor(std::size_t size);
-  void GrowTo(std::size_t capacity);
 
   std::unique_ptr<std::uint8_t, FreeMemory> bytes_;
   std::size_t size_ = 0;

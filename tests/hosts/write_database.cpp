@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
   const std::vector<std::uint8_t> bytes =
       quaylink::samples::WriteDatabase(quaylink::samples::MakeLargeLibrary(trackCount));
   std::FILE* file = std::fopen(argv[1], "wb");
-  if (file == nullptr) return 1;
+  if (!file) return 1;
   const bool isWritten = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
   return std::fclose(file) == 0 && isWritten ? 0 : 1;
 }

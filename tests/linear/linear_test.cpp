@@ -37,7 +37,7 @@ Work WorkOf(const std::string& bytes) {
   return {between - before, blocksExecuted - between};
 }
 
-TEST(LinearTest, TheWorkOfParsingAndOpeningAnyFileGrowsWithItsSize) {
+TEST(Linear, TheWorkOfParsingAndOpeningAnyFileGrowsWithItsSize) {
   const auto files = HostileFiles(200 << 10);
   const auto twice = HostileFiles(400 << 10);
   for (std::size_t i = 0; i < files.size(); ++i) {
@@ -46,8 +46,8 @@ TEST(LinearTest, TheWorkOfParsingAndOpeningAnyFileGrowsWithItsSize) {
     const Work workOfTwice = WorkOf(twice[i].bytes);
     EXPECT_GT(work.parsing, 0u);
     EXPECT_GT(work.opening, 0u);
-    // Putting tracks in order takes a little more than twice
-    // as long; a quadratic step would take four times.
+    // Putting tracks in order takes a little more than twice as long; a quadratic step would take
+    // four times.
     EXPECT_LT(workOfTwice.parsing, work.parsing * 23 / 10 + 1000);
     EXPECT_LT(workOfTwice.opening, work.opening * 23 / 10 + 1000);
   }

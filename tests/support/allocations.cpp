@@ -49,7 +49,7 @@ static void* Allocate(std::size_t size) noexcept {
 }
 
 static void Free(void* memory) noexcept {
-  if (memory == nullptr) return;
+  if (!memory) return;
   --allocations.live;
   std::free(memory);
 }
@@ -60,7 +60,7 @@ static void Free(void* memory) noexcept {
 
 void* operator new(std::size_t size) {
   void* memory = quaylink::test::Allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
+  if (!memory) throw std::bad_alloc();
   return memory;
 }
 void* operator new[](std::size_t size) {

@@ -16,8 +16,8 @@ struct Allocations {
 // Of the calling thread, since its beginning.
 Allocations AllocationsSoFar();
 
-// Lets one allocation of this thread fail while it lives:
-// that of the given number, counted from 0 for the next one.
+// Lets one allocation of this thread fail while it lives: that of the given number, counted from 0
+// for the next one.
 class FailingAllocation {
  public:
   explicit FailingAllocation(std::uint64_t number);

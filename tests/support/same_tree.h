@@ -9,7 +9,14 @@
 
 #include "itunesdb/database.h"
 
-namespace quaylink {
+namespace quaylink::test {
+
+bool SameTree(const DataObjectChunk& a, const DataObjectChunk& b);
+bool SameTree(const TrackItemChunk& a, const TrackItemChunk& b);
+bool SameTree(const AlbumItemChunk& a, const AlbumItemChunk& b);
+bool SameTree(const PlaylistItemChunk& a, const PlaylistItemChunk& b);
+bool SameTree(const PlaylistChunk& a, const PlaylistChunk& b);
+bool SameTree(const DataSetChunk& a, const DataSetChunk& b);
 
 // Headers are nothing but their bytes.
 template <class H>
@@ -100,4 +107,4 @@ inline bool SameTree(const DatabaseChunk& a, const DatabaseChunk& b) {
   return SameHeader<DatabaseHeader>(a, b) && SameLists(a.dataSets, b.dataSets);
 }
 
-}  // namespace quaylink
+}  // namespace quaylink::test

@@ -10,7 +10,7 @@
 
 #include "platform/windows_api.h"
 
-namespace quaylink {
+namespace quaylink::test {
 
 class TestMachine {
  public:
@@ -23,8 +23,8 @@ class TestMachine {
   void AttachDevice(unsigned productId, std::string_view serial = "000A270010203040");
   void DetachDevices();
 
-  // The parts of an attached device, for a test that wants
-  // them incomplete. Key paths are below local machine.
+  // The parts of an attached device, for a test that wants them incomplete. Key paths are below
+  // local machine.
   void AddRegistryKey(std::string_view keyPath);
   void SetRegistryText(std::string_view keyPath, std::string_view valueName, std::string_view text);
   // False where no device can have such a path.
@@ -54,4 +54,4 @@ class TestMachine {
   std::unique_ptr<State> state_;
 };
 
-}  // namespace quaylink
+}  // namespace quaylink::test

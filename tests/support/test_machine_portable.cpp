@@ -11,7 +11,7 @@
 #include "platform/portable/places.h"
 #include "support/test_machine.h"
 
-namespace quaylink {
+namespace quaylink::test {
 
 namespace fs = std::filesystem;
 using portable::CurrentMachine;
@@ -123,4 +123,4 @@ std::string TestMachine::LocalPath(std::string_view name) const {
   return (state_->folder / "local" / name).string();
 }
 
-}  // namespace quaylink
+}  // namespace quaylink::test

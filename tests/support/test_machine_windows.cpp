@@ -16,7 +16,7 @@
 #include "common/hardware_id.h"
 #include "support/test_machine.h"
 
-namespace quaylink {
+namespace quaylink::test {
 namespace {
 
 namespace fs = std::filesystem;
@@ -26,7 +26,7 @@ constexpr char kLocalFolder[] = "C:\\Local";
 
 std::string EnvironmentText(const char* name) {
   const char* value = std::getenv(name);
-  return value != nullptr ? value : "";
+  return value ? value : "";
 }
 
 // Runs no test on a Windows that is not there to be changed.
@@ -181,7 +181,7 @@ bool TestMachine::AddDevicePath(std::string_view devicePath) {
   for (char& c : name) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   std::FILE* file = std::fopen((DeviceFolder() / name).string().c_str(), "wb");
   EXPECT_NE(file, nullptr) << devicePath;
-  return file != nullptr && std::fclose(file) == 0;
+  return file && std::fclose(file) == 0;
 }
 
 void TestMachine::AddDrive(char letter, UINT kind) {
@@ -223,7 +223,7 @@ std::string TestMachine::ReadFile(const std::string& path) const {
   std::string contents;
   std::FILE* file = std::fopen(path.c_str(), "rb");
   EXPECT_NE(file, nullptr) << "cannot read " << path;
-  if (file == nullptr) return contents;
+  if (!file) return contents;
   char block[4096];
   while (const std::size_t length = std::fread(block, 1, sizeof block, file)) {
     contents.append(block, length);
@@ -260,4 +260,4 @@ std::string TestMachine::LocalPath(std::string_view name) const {
   return std::string(kLocalFolder) + "\\" + std::string(name);
 }
 
-}  // namespace quaylink
+}  // namespace quaylink::test
