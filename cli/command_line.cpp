@@ -2,12 +2,12 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <map>
 #include <memory>
 #include <sstream>
 #include <utility>
 
 #include "cli/commands.h"
+#include "cli/list_options.h"
 #include "cli/system.h"
 #include "cli/utf8.h"
 
@@ -27,11 +27,6 @@ std::pair<CLI::App&, Options&> Add(CLI::App& app, Command& chosen, const char* n
   return {*command, *options};
 }
 
-// An argument that is there but empty comes from a variable that is not set, and means nothing.
-std::string RefuseEmpty(const std::string& string) {
-  return string.empty() ? "must not be empty" : "";
-}
-
 void AddDestination(CLI::App& command, CopyOptions& options) {
   command
       .add_option("DEST", options.destination,
@@ -39,36 +34,6 @@ void AddDestination(CLI::App& command, CopyOptions& options) {
       ->check(RefuseEmpty)
       ->required()
       ->type_name("PATH");
-}
-
-void AddFilterOptions(CLI::App& command, TrackFilter& filter) {
-  const auto add = [&command](const char* name, std::string& string, const char* description) {
-    command.add_option(name, string, description)->type_name("TEXT")->group("Which tracks");
-  };
-  add("--artist", filter.artist, "Only tracks whose artist holds TEXT");
-  add("--album", filter.album, "Only tracks whose album holds TEXT");
-  add("--match", filter.match, "Only tracks whose artist, album or title holds TEXT");
-}
-
-void AddSortOptions(CLI::App& command, TracksOptions& options) {
-  const auto parse = [&options](const std::string& string) {
-    static const std::map<std::string, SortKey> kKeys = {{"index", SortKey::kIndex},
-                                                         {"artist", SortKey::kArtist},
-                                                         {"album", SortKey::kAlbum},
-                                                         {"title", SortKey::kTitle},
-                                                         {"location", SortKey::kLocation}};
-    const auto found = kKeys.find(string);
-    if (found == kKeys.end()) {
-      throw CLI::ValidationError(
-          "--sort", "'" + string + "' is none of index, artist, album, title and location");
-    }
-    options.sort = found->second;
-  };
-  command
-      .add_option_function<std::string>("--sort", parse,
-                                        "Order by index, artist, album, title or location")
-      ->type_name("KEY");
-  command.add_flag("--reverse", options.reverse, "Turn the order round");
 }
 
 void AddStatusCommand(CLI::App& app, Command& chosen) {
@@ -82,22 +47,43 @@ void AddStatusCommand(CLI::App& app, Command& chosen) {
       "  quaylink status -q && quaylink export ~/Music");
 }
 
+CLI::Option* AddFileOption(CLI::App& command, std::string& file) {
+  return command
+      .add_option("FILE", file,
+                  "A copied music database, - for the standard input; without it the database of "
+                  "the attached device")
+      ->check(RefuseEmpty);
+}
+
 void AddTracksCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "tracks", "List the tracks of a device or of a database file", ListTracks);
-  command
-      .add_option("FILE", options.file,
-                  "A copied music database; without it that of the attached device")
-      ->check(RefuseEmpty);
+  AddFileOption(command, options.file);
   CLI::Option* json = command.add_flag("--json", options.json, "Print a JSON array of objects");
   command.add_flag("--csv", options.csv, "Print comma-separated values")->excludes(json);
+  AddColumnsOption(command, options.columns);
+  AddSortOptions(command, options.sort, options.reverse);
   AddFilterOptions(command, options.filter);
-  AddSortOptions(command, options);
   command.footer(
+      "KEY is a property as --json names it, such as year, genre, rating or playCount.\n\n"
       "Examples:\n"
       "  quaylink tracks\n"
-      "  quaylink tracks --artist björk --sort album\n"
+      "  quaylink tracks --artist bjork --sort album\n"
+      "  quaylink tracks --kind podcast --columns released,bookmarkMs --sort released\n"
       "  quaylink tracks iTunesDB --json | jq '.[].title'");
+}
+
+void AddPlaylistsCommand(CLI::App& app, Command& chosen) {
+  auto [command, options] =
+      Add(app, chosen, "playlists", "List the playlists of a device or of a database file",
+          ListPlaylists);
+  AddFileOption(command, options.file);
+  command.add_flag("--json", options.json, "Print a JSON array of objects");
+  command.footer(
+      "Examples:\n"
+      "  quaylink playlists\n"
+      "  quaylink playlists iTunesDB --json | jq '.[].name'\n"
+      "  quaylink tracks --playlist Favourites");
 }
 
 void AddExportCommand(CLI::App& app, Command& chosen) {
@@ -129,6 +115,7 @@ void AddCopyTrackCommand(CLI::App& app, Command& chosen) {
   auto [command, options] = Add(app, chosen, "copy-track", "Copy the file of one track", CopyTrack);
   command
       .add_option("INDEX", options.index, "The number that 'quaylink tracks' shows for the track")
+      ->check(RefuseMalformedNumber)
       ->required()
       ->type_name("");
   AddDestination(command, options);
@@ -186,7 +173,7 @@ Failure UsageFailure(const CLI::App& app, const std::string& reason) {
 
 Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
   CLI::App app("Takes the music off Apple players and phones.", "quaylink");
-  app.set_version_flag("--version", "quaylink " QUAYLINK_VERSION);
+  app.set_version_flag("--version", "quaylink " QUAYLINK_PROGRAM_VERSION);
   app.add_flag("-q,--quiet", program.quiet, "Print results and errors only");
   app.add_flag("-v,--verbose", program.verbose, "Print more of what is done")->excludes("--quiet");
   // A phone's paths begin with "/", as options do elsewhere on Windows.
@@ -203,6 +190,7 @@ Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
   Command chosen;
   AddStatusCommand(app, chosen);
   AddTracksCommand(app, chosen);
+  AddPlaylistsCommand(app, chosen);
   AddExportCommand(app, chosen);
   AddCopyTrackCommand(app, chosen);
   AddCopyDatabaseCommand(app, chosen);

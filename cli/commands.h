@@ -4,9 +4,11 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "cli/file_names.h"
 #include "cli/program.h"
+#include "cli/property.h"
 #include "cli/track_selection.h"
 
 namespace quaylink::cli {
@@ -17,14 +19,21 @@ struct StatusOptions {
 int ShowStatus(const Program& program, const StatusOptions& options);
 
 struct TracksOptions {
-  std::string file;  // empty for the database of the attached device
+  std::string file;  // "-" for the standard input; empty for the attached device
   bool json = false;
   bool csv = false;
-  SortKey sort = SortKey::kIndex;
+  const Property* sort = nullptr;  // null for the order of the collection
   bool reverse = false;
+  std::vector<const Property*> columns;  // of the table, besides those that are always there
   TrackFilter filter;
 };
 int ListTracks(const Program& program, const TracksOptions& options);
+
+struct PlaylistsOptions {
+  std::string file;  // as in TracksOptions
+  bool json = false;
+};
+int ListPlaylists(const Program& program, const PlaylistsOptions& options);
 
 struct ExportOptions {
   std::string destination;

@@ -5,6 +5,7 @@
 #include "cli/file_copy.h"
 #include "cli/library.h"
 #include "cli/paths.h"
+#include "cli/reading.h"
 #include "cli/utf8.h"
 
 namespace quaylink::cli {
@@ -39,7 +40,8 @@ int CopyOne(const Program& program, const CopyJob& job, const std::string& desti
 int CopyTrack(const Program& program, const CopyOptions& options) {
   Library library(program);
   library.RequireDevice();
-  const std::vector<Track> tracks = library.ReadDeviceDatabase().tracks;
+  const Collection collection = ReadDeviceCollection(library);
+  const std::vector<Track>& tracks = collection.Tracks();
   if (options.index >= tracks.size()) {
     const std::string range = tracks.empty()
                                   ? "it has no tracks"

@@ -78,6 +78,7 @@ std::size_t CharacterWidth(char32_t character) {
 }  // namespace
 
 std::size_t DisplayWidth(std::string_view string) {
+  if (IsAscii(string)) return string.size();
   std::size_t width = 0;
   for (const char32_t character : Decode(string)) width += CharacterWidth(character);
   return width;

@@ -38,7 +38,7 @@ class Exporter {
  public:
   Exporter(const Program& program, const Library& library, std::filesystem::path folder, bool json);
 
-  // Takes a track on, to be copied to a path below the folder.
+  // Takes a track on, to be copied to a path below the folder. Its collection must outlive this.
   void Add(const Track& track, const std::string& path);
 
   // Each of these returns the program's exit status.

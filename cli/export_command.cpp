@@ -4,6 +4,7 @@
 #include "cli/export.h"
 #include "cli/library.h"
 #include "cli/paths.h"
+#include "cli/reading.h"
 
 namespace quaylink::cli {
 
@@ -17,16 +18,17 @@ int Export(const Program& program, const ExportOptions& options) {
   }();
   Library library(program);
   library.RequireDevice();
-  const Database database = library.ReadDeviceDatabase();
-  if (!database.problem.empty()) program.Complain(database.problem);
+  const Collection collection = ReadDeviceCollection(library);
+  const int collectionStatus = TellProblem(program, collection);
+  const TrackSelection selection(options.filter, collection);
   // Paths come from all tracks, so that a filter does not change the name of any.
-  const std::vector<std::string> paths = PathsFor(database.tracks, pattern);
+  const std::vector<std::string> paths = PathsFor(collection.Tracks(), pattern);
   Exporter exporter(program, library, PathOf(options.destination), options.json);
-  for (const Track& track : database.tracks) {
-    if (Matches(options.filter, track)) exporter.Add(track, paths[track.index]);
+  for (const Track& track : collection.Tracks()) {
+    if (selection.Holds(track)) exporter.Add(track, paths[track.index]);
   }
   const int status = options.dryRun ? exporter.ShowPlan() : exporter.Run();
-  return status == kSuccess && !database.problem.empty() ? kFailure : status;
+  return status == kSuccess ? collectionStatus : status;
 }
 
 }  // namespace quaylink::cli

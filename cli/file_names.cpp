@@ -9,6 +9,8 @@
 #include <stdexcept>
 
 #include "cli/file_copy.h"
+#include "cli/folding.h"
+#include "cli/system.h"
 #include "cli/utf8.h"
 
 namespace quaylink::cli {
@@ -41,7 +43,7 @@ bool IsReserved(char32_t character) {
 bool IsDeviceName(std::string_view name) {
   std::string stem(name.substr(0, name.find('.')));
   stem.erase(stem.find_last_not_of(' ') + 1);
-  stem = FoldCase(stem);
+  stem = LowerCase(stem);
   constexpr std::array kNames = {"con", "prn", "aux", "nul", "conin$", "conout$"};
   if (std::find(kNames.begin(), kNames.end(), stem) != kNames.end()) return true;
   if (!stem.starts_with("com") && !stem.starts_with("lpt")) return false;
@@ -92,8 +94,10 @@ std::string StemOf(std::string_view name) {
   return std::string(dot == 0 ? name : name.substr(0, dot));
 }
 
-const std::string& FirstWithString(const std::string& string, const std::string& substitute) {
-  return string.find_first_not_of(' ') == std::string::npos ? substitute : string;
+// The string as a record of the library has it, or the substitute for one without letters.
+std::string FirstWithString(std::string_view string, const std::string& substitute) {
+  if (string.find_first_not_of(' ') == std::string_view::npos) return substitute;
+  return ThroughCodePage(string);
 }
 
 }  // namespace
@@ -107,7 +111,7 @@ std::string SafeName(std::string_view string) {
   std::string name = Shortened(Encode(characters), kLongestName);
   // A dot in front hides a file.
   if (name[0] == '.') name[0] = '_';
-  if (FoldCase(name).ends_with(kPartSuffix)) name[name.size() - kPartSuffix.size()] = '_';
+  if (LowerCase(name).ends_with(kPartSuffix)) name[name.size() - kPartSuffix.size()] = '_';
   return IsDeviceName(name) ? '_' + name : name;
 }
 
@@ -205,9 +209,9 @@ std::vector<std::string> PathsFor(const std::vector<Track>& tracks, const NamePa
     for (std::size_t i = 1; i < components.size(); ++i) stem.append("/").append(components[i]);
     const std::string extension = ExtensionOf(FileNameOf(track.location));
     std::string path = stem + extension;
-    unsigned& number = nextNumbers.try_emplace(FoldCase(path), 2).first->second;
+    unsigned& number = nextNumbers.try_emplace(LowerCase(path), 2).first->second;
     // A number may make a path that a track's own title has made before.
-    while (!taken.insert(FoldCase(path)).second) {
+    while (!taken.insert(LowerCase(path)).second) {
       path = stem;
       path.append(" (").append(std::to_string(number++)).append(")").append(extension);
     }

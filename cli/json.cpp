@@ -1,9 +1,12 @@
 #include "cli/json.h"
 
 #include <nlohmann/json.hpp>
+#include <span>
 #include <utility>
 
+#include "cli/formats.h"
 #include "cli/paths.h"
+#include "cli/property.h"
 #include "cli/utf8.h"
 
 namespace quaylink::cli {
@@ -11,8 +14,28 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+std::string Dumped(const Json& value, int indentation) {
+  return value.dump(indentation, ' ', false, Json::error_handler_t::replace);
+}
+
 std::string Printed(const Json& value) {
-  return value.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+  return Dumped(value, 2) + '\n';
+}
+
+// An array with a line for each element.
+template <class Elements, class JsonOfElement>
+void PrintArray(const Program& program, const Elements& elements, JsonOfElement jsonOf) {
+  constexpr std::size_t kPiece = 64 * 1024;
+  std::string json = "[";
+  const char* gap = "\n";
+  for (const auto& element : elements) {
+    json += gap + Dumped(jsonOf(element), -1);
+    gap = ",\n";
+    if (json.size() < kPiece) continue;
+    program.Print(json);
+    json.clear();
+  }
+  program.Print(json + (elements.empty() ? "]\n" : "\n]\n"));
 }
 
 const char* KindName(DeviceKind kind) {
@@ -33,6 +56,22 @@ const char* FateName(Fate fate, bool planned) {
   return planned ? "planned" : "notReached";
 }
 
+Json JsonOf(const Track& track, const Property& property) {
+  switch (property.kind) {
+    case Property::Kind::kNumber:
+    case Property::Kind::kMilliseconds:
+      return NumberOf(track, property);
+    case Property::Kind::kTruth:
+      return NumberOf(track, property) != 0;
+    case Property::Kind::kTime:
+      if (NumberOf(track, property) == 0) return nullptr;
+      break;
+    default:
+      break;
+  }
+  return ValueOf(track, property);
+}
+
 }  // namespace
 
 std::string StatusJson(DeviceKind kind, bool reachable) {
@@ -42,16 +81,24 @@ std::string StatusJson(DeviceKind kind, bool reachable) {
                   {"kind", attached ? Json(KindName(kind)) : Json()}});
 }
 
-std::string TrackJson(const std::vector<Track>& tracks) {
-  Json list = Json::array();
-  for (const Track& track : tracks) {
-    list.push_back({{"index", track.index},
-                    {"location", track.location},
-                    {"artist", track.artist},
-                    {"title", track.title},
-                    {"album", track.album}});
-  }
-  return Printed(list);
+void PrintTrackJson(const Program& program, const std::vector<Track>& tracks) {
+  // One object serves all tracks: to name all properties anew for each takes most of the time.
+  Json object = Json::object();
+  for (const Property& property : Properties()) object[std::string(property.key)] = nullptr;
+  PrintArray(program, tracks, [&object](const Track& track) -> const Json& {
+    auto value = object.begin();
+    for (const Property& property : Properties()) *value++ = JsonOf(track, property);
+    return object;
+  });
+}
+
+void PrintPlaylistJson(const Program& program, const std::vector<QuaylinkPlaylist>& playlists) {
+  PrintArray(program, playlists, [](const QuaylinkPlaylist& playlist) -> Json {
+    return {{"name", playlist.name},
+            {"kind", PlaylistKindName(playlist.kind)},
+            {"persistentId", PersistentIdString(playlist.persistentId)},
+            {"tracks", std::span(playlist.tracks, playlist.trackCount)}};
+  });
 }
 
 std::string FilesJson(const std::vector<std::string>& files) {

@@ -2,59 +2,16 @@
 
 #include <quaylink/quaylink.h>
 
-#include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdint>
-#include <cstring>
 #include <exception>
-#include <fstream>
-#include <system_error>
+#include <optional>
+#include <utility>
 
-#include "cli/paths.h"
 #include "cli/player_drive.h"
 #include "cli/progress.h"
 #include "cli/system.h"
-#include "cli/temporary_file.h"
 
 namespace quaylink::cli {
 namespace {
-
-namespace fs = std::filesystem;
-
-// What is wrong with a database; empty when it seems whole. One that gave no tracks is looked at
-// more strictly, because it may have none, or be something else.
-std::string ProblemWith(const fs::path& file, bool hasTracks) {
-  std::error_code error;
-  if (fs::is_directory(file, error)) return "is a folder, not a music database";
-  errno = 0;
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) {
-    return "cannot be opened: " + ReasonOf({errno, std::generic_category()});
-  }
-  std::array<char, 12> header = {};
-  stream.read(header.data(), header.size());
-  if (!stream || std::memcmp(header.data(), "mhbd", 4) != 0) return "is not a music database";
-  // The header's third word is the size of the whole file, low byte first.
-  std::uintmax_t stated = 0;
-  for (std::size_t i = 12; i-- > 8;) {
-    stated = (stated << 8u) | static_cast<unsigned char>(header[i]);
-  }
-  const std::uintmax_t size = fs::file_size(file, error);
-  const bool whole = hasTracks ? size >= stated : size == stated;
-  return whole ? "" : "is damaged, or was not copied whole";
-}
-
-Track TrackOf(const TrackRecord& record, std::size_t index) {
-  Track track;
-  track.index = static_cast<std::uint32_t>(index);
-  track.artist = FromLibrary(record.artist);
-  track.album = FromLibrary(record.album);
-  track.title = FromLibrary(record.title);
-  track.location = FromLibrary(record.location);
-  track.source = record.location;
-  return track;
-}
 
 struct Listing {
   std::vector<std::string> files;
@@ -127,62 +84,27 @@ CopyJob Library::DatabaseJob() const {
   return job;
 }
 
-CopyJob Library::TrackJob(const Track& track) const {
-  CopyJob job = Job();
-  if (track.source.empty()) job.readProblem = "the music database names no file for this track";
-  job.copy = [this, track](const char* localPath) {
-    // For a phone CopyFileFromIPod would open and close a connection for each track.
-    if (kind_ == DeviceKind::kPhone) return CopyFromPhone(track.source, localPath);
-    return IsOrdinaryFileOfDrive(track.source) && CopyFileFromIPod(track.index, localPath) != 0;
-  };
-  return job;
-}
-
 CopyJob Library::FileJob(const std::string& devicePath) const {
   CopyJob job = Job();
   job.copy = [this, devicePath](const char* localPath) {
-    if (kind_ == DeviceKind::kPhone) return CopyFromPhone(devicePath, localPath);
-    const std::optional<std::string> path = ToLibrary(devicePath);
-    return path && IsOrdinaryFileOfDrive(*path) &&
-           CopyGenericFileFromIPod(0, path->c_str(), localPath) != 0;
+    if (CopyFile(devicePath, localPath)) return true;
+    // The connection may have failed: the next copy tries a fresh one.
+    DisconnectIPod();
+    return false;
   };
   return job;
 }
 
-Database Library::ReadDatabase(const fs::path& file, const std::string& name) const {
-  const std::optional<std::string> path = LocalPathForLibrary(file);
-  if (!path) throw Failure(LacksCharacter(name));
-  std::error_code error;
-  // The library would wait for what a pipe or a device may never give.
-  if (fs::exists(file, error) && !fs::is_regular_file(file, error) &&
-      !fs::is_directory(file, error)) {
-    throw Failure(name + ": is no ordinary file");
-  }
-  const int32_t count = ParseITunesDB(path->c_str(), 0, nullptr);
-  std::vector<TrackRecord> records(static_cast<std::size_t>(std::max(count, 0)));
-  if (count > 0)
-    records.resize(
-        static_cast<std::size_t>(std::max(ParseITunesDB(path->c_str(), count, records.data()), 0)));
-  Database database;
-  database.problem = ProblemWith(file, !records.empty());
-  if (!database.problem.empty()) {
-    database.problem.insert(0, name + ": ");
-    if (records.empty()) throw Failure(database.problem);
-    database.problem += "; " + std::to_string(records.size()) + " of its tracks could be read";
-  }
-  database.tracks.reserve(records.size());
-  for (const TrackRecord& record : records) {
-    database.tracks.push_back(TrackOf(record, database.tracks.size()));
-  }
-  return database;
+CopyJob Library::TrackJob(const Track& track) const {
+  CopyJob job = FileJob(track.location);
+  if (*track.location == '\0') job.readProblem = "the music database names no file for this track";
+  return job;
 }
 
-Database Library::ReadDeviceDatabase() const {
-  const TemporaryFile file;
-  const CopyResult result = CopyChecked(DatabaseJob(), file.Path());
-  if (!result.Good()) throw Failure(result.problem);
-  file.RemoveOnInterrupt();
-  return ReadDatabase(file.Path(), "the device's music database");
+CopyJob Library::OptionalFileJob(const std::string& devicePath) const {
+  CopyJob job = Job();
+  job.copy = [this, devicePath](const char* localPath) { return CopyFile(devicePath, localPath); };
+  return job;
 }
 
 std::vector<std::string> Library::ListFiles() const {
@@ -202,13 +124,14 @@ CopyJob Library::Job() const {
   return job;
 }
 
-bool Library::CopyFromPhone(const std::string& devicePath, const char* localPath) const {
-  // Opens a connection only when none is open.
-  if (ConnectIPod() == 0) return false;
-  if (CopyGenericFileFromIPod(0, devicePath.c_str(), localPath) != 0) return true;
-  // The connection may have failed: the next copy tries a fresh one.
-  DisconnectIPod();
-  return false;
+bool Library::CopyFile(const std::string& devicePath, const char* localPath) const {
+  if (kind_ == DeviceKind::kPhone) {
+    // Opens a connection only when none is open. A phone's paths are UTF-8 on every system.
+    return ConnectIPod() != 0 && CopyGenericFileFromIPod(0, devicePath.c_str(), localPath) != 0;
+  }
+  const std::optional<std::string> path = ToLibrary(devicePath);
+  return path && IsOrdinaryFileOfDrive(*path) &&
+         CopyGenericFileFromIPod(0, path->c_str(), localPath) != 0;
 }
 
 bool Library::ShowsSpinner() const {

@@ -13,7 +13,7 @@ namespace {
 int Run(int argc, char** argv) {
   Program program;
   try {
-    PrepareOutput();
+    PrepareStreams();
     HandleInterrupts();
     return ReadCommandLine(Arguments(argc, argv), program)(program);
   } catch (const Failure& failure) {

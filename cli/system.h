@@ -23,8 +23,8 @@ enum class Stream { kOutput, kError };
 // The program's arguments in UTF-8, without its name.
 std::vector<std::string> Arguments(int argc, char** argv);
 
-// Makes the output streams take strings as they are.
-void PrepareOutput();
+// Makes the standard streams carry bytes as they are.
+void PrepareStreams();
 bool IsTerminal(Stream stream);
 // True on a terminal that shows colours to a user who has not forbidden them (NO_COLOR).
 bool ShowsColours(Stream stream);
@@ -39,6 +39,9 @@ std::string FromLibrary(std::string_view string);
 std::optional<std::string> ToLibrary(std::string_view string);
 // The same for a path on this computer.
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path);
+// What is left of a string on a way through the library: characters that the system's code page
+// lacks become others.
+std::string ThroughCodePage(std::string_view string);
 
 // Gives a copy the permissions with which its file was made, and makes it visible: a player's files
 // may be marked read-only and hidden, and copies made by the system keep such marks.

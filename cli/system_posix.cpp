@@ -70,7 +70,7 @@ std::vector<std::string> Arguments(int argc, char** argv) {
   return {argv + 1, argv + argc};
 }
 
-void PrepareOutput() {}
+void PrepareStreams() {}
 
 bool IsTerminal(Stream stream) {
   return isatty(DescriptorOf(stream)) == 1;
@@ -107,6 +107,10 @@ std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path
   std::error_code error;
   const std::filesystem::path absolute = std::filesystem::absolute(path, error);
   return (error ? path : absolute).native();
+}
+
+std::string ThroughCodePage(std::string_view string) {
+  return std::string(string);
 }
 
 void MakeOrdinary(const std::filesystem::path& path, std::filesystem::perms permissions) {

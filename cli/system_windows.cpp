@@ -94,8 +94,9 @@ std::vector<std::string> Arguments(int, char**) {
   return arguments;
 }
 
-void PrepareOutput() {
+void PrepareStreams() {
   // In redirected output too, line ends stay as the program writes them.
+  _setmode(_fileno(stdin), _O_BINARY);
   _setmode(_fileno(stdout), _O_BINARY);
   _setmode(_fileno(stderr), _O_BINARY);
 }
@@ -160,6 +161,16 @@ std::optional<std::string> ToLibrary(std::string_view string) {
 
 std::optional<std::string> LocalPathForLibrary(const std::filesystem::path& path) {
   return ToLibrary(ToUtf8(path.native()));
+}
+
+std::string ThroughCodePage(std::string_view string) {
+  const std::wstring wide = ToWide(string, CP_UTF8);
+  const int wideSize = static_cast<int>(wide.size());
+  std::string narrow(wide.size() * 4, '\0');
+  const int size = WideCharToMultiByte(CP_ACP, 0, wide.data(), wideSize, narrow.data(),
+                                       static_cast<int>(narrow.size()), nullptr, nullptr);
+  narrow.resize(static_cast<std::size_t>(size));
+  return FromLibrary(narrow);
 }
 
 void MakeOrdinary(const std::filesystem::path& path, std::filesystem::perms) {

@@ -1,16 +1,19 @@
 #include "cli/track.h"
 
+#include <string_view>
+
 #include "cli/utf8.h"
 
 namespace quaylink::cli {
 
 std::string NameOf(const Track& track) {
-  if (track.title.empty()) {
-    return track.location.empty() ? "track " + std::to_string(track.index)
-                                  : MakePrintable(track.location);
+  const std::string_view title = track.title;
+  const std::string_view artist = track.artist;
+  const std::string_view location = track.location;
+  if (title.empty()) {
+    return location.empty() ? "track " + std::to_string(track.index) : MakePrintable(location);
   }
-  const std::string artist = track.artist.empty() ? "" : track.artist + " - ";
-  return MakePrintable(artist + track.title);
+  return MakePrintable(artist.empty() ? title : std::string(artist) + " - " + std::string(title));
 }
 
 }  // namespace quaylink::cli

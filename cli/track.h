@@ -1,15 +1,19 @@
 // One track as the program shows it.
 #pragma once
 
+#include <quaylink/collection.h>
+
 #include <cstdint>
 #include <string>
 
 namespace quaylink::cli {
 
-struct Track {
-  std::uint32_t index = 0;                     // of its record in the library
-  std::string artist, title, album, location;  // valid UTF-8
-  std::string source;                          // the location as the library gave it, byte for byte
+// The strings belong to the collection that the track is of. A location of a player's drive begins
+// with the drive's letter.
+struct Track : QuaylinkTrack {
+  Track() : QuaylinkTrack{} {}
+
+  std::uint32_t index = 0;  // in the collection
 };
 
 // How messages call a track: "Artist - Title", or what there is of it.

@@ -5,15 +5,18 @@
 #include <string>
 #include <vector>
 
+#include "cli/property.h"
 #include "cli/track.h"
 
 namespace quaylink::cli {
 
-// A table for a terminal of that many columns, its own columns aligned and long strings cut, though
-// none to less than a few letters; 0 cuts nothing.
-std::string TrackTable(const std::vector<Track>& tracks, std::size_t width);
+// A table of number, artist, album, title and length, and of more properties where others are
+// named, as wide as Table allows.
+std::string TrackTable(const std::vector<Track>& tracks, const std::vector<const Property*>& others,
+                       std::size_t width);
 
-// Comma-separated values with a line of names, quoted where a value needs it.
+// Comma-separated values of all properties with a line of their names, quoted where a value needs
+// it.
 std::string TrackCsv(const std::vector<Track>& tracks);
 
 }  // namespace quaylink::cli

@@ -1,10 +1,11 @@
+#include <algorithm>
+#include <string>
 #include <vector>
 
 #include "cli/commands.h"
 #include "cli/json.h"
-#include "cli/library.h"
-#include "cli/paths.h"
-#include "cli/system.h"
+#include "cli/reading.h"
+#include "cli/table.h"
 #include "cli/track_list.h"
 
 namespace quaylink::cli {
@@ -18,31 +19,19 @@ std::string Count(std::size_t shown, std::size_t all) {
 }  // namespace
 
 int ListTracks(const Program& program, const TracksOptions& options) {
-  Library library(program);
-  Database all;
-  if (options.file.empty()) {
-    library.RequireDevice();
-    all = library.ReadDeviceDatabase();
-  } else {
-    const auto file = PathOf(options.file);
-    all = library.ReadDatabase(file, Shown(file));
-  }
-  std::vector<Track> tracks = Select(options.filter, all.tracks);
-  Sort(tracks, options.sort, options.reverse);
+  const Collection collection = ReadCollection(program, options.file);
+  std::vector<Track> tracks = TrackSelection(options.filter, collection).Tracks();
+  if (options.sort) Sort(tracks, *options.sort);
+  if (options.reverse) std::ranges::reverse(tracks);
   if (options.json) {
-    program.Print(TrackJson(tracks));
+    PrintTrackJson(program, tracks);
   } else if (options.csv) {
     program.Print(TrackCsv(tracks));
   } else {
-    const bool terminal = IsTerminal(Stream::kOutput);
-    if (!tracks.empty()) {
-      program.Print(TrackTable(tracks, terminal ? TerminalWidth(Stream::kOutput) : 0));
-    }
-    if (!program.quiet) program.Print(Count(tracks.size(), all.tracks.size()) + '\n');
+    if (!tracks.empty()) program.Print(TrackTable(tracks, options.columns, TableWidth()));
+    if (!program.quiet) program.Print(Count(tracks.size(), collection.Tracks().size()) + '\n');
   }
-  if (all.problem.empty()) return kSuccess;
-  program.Complain(all.problem);
-  return kFailure;
+  return TellProblem(program, collection);
 }
 
 }  // namespace quaylink::cli

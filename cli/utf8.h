@@ -15,6 +15,9 @@ std::u32string Decode(std::string_view string);
 
 std::string Encode(std::u32string_view characters);
 
+// Most strings are, and need no decoding.
+bool IsAscii(std::string_view string);
+
 // The string with everything that is not UTF-8 replaced: what JSON can carry.
 std::string MakeValid(std::string_view string);
 
@@ -24,9 +27,5 @@ std::string MakePrintable(std::string_view string);
 
 // True for the characters that MakePrintable replaces.
 bool IsControl(char32_t character);
-
-// The string without regard to case: equal for strings that differ in case only, in the alphabets
-// of Europe.
-std::string FoldCase(std::string_view string);
 
 }  // namespace quaylink::cli

@@ -11,8 +11,8 @@ namespace {
 
 using namespace cli;
 
-Track MakeTrack(std::uint32_t index, const std::string& artist, const std::string& album,
-                const std::string& title, const std::string& location = "/Music/F00/ABCD.mp3") {
+Track MakeTrack(std::uint32_t index, const char* artist, const char* album, const char* title,
+                const char* location = "/Music/F00/ABCD.mp3") {
   Track track;
   track.index = index;
   track.artist = artist;
@@ -108,7 +108,7 @@ TEST(FileNames, LongPathsFitBothSystems) {
   std::string wide;
   for (int i = 0; i < 200; ++i) wide += "語";
   const std::vector<Track> tracks(
-      3, MakeTrack(0, wide, wide, wide, "/Music/F00/A.averylongextension"));
+      3, MakeTrack(0, wide.c_str(), wide.c_str(), wide.c_str(), "/Music/F00/A.averylongextension"));
   const std::vector<std::string> paths = PathsFor(tracks, NamePattern(NamePattern::kDefault));
   EXPECT_NE(paths[0], paths[1]);
   EXPECT_NE(paths[1], paths[2]);

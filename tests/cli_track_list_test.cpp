@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "cli/display_width.h"
+#include "cli/folding.h"
+#include "cli/formats.h"
 #include "cli/track_list.h"
 #include "cli/utf8.h"
 
@@ -34,10 +36,47 @@ TEST(Strings, PlayersCannotSteerTheTerminal) {
             "end");
 }
 
-TEST(Strings, CaseIsIgnoredInTheAlphabetsOfEurope) {
-  EXPECT_EQ(FoldCase("BJÖRK ŽIŽEK Ÿ ΣΊΣΥΦΟΣ ЁЖИК Ẁ ȘȚ Ə ǦǨ ǅ ẞ ӁӐӀ"),
-            FoldCase("björk žižek ÿ σίσυφος ёжик ẁ șț ə ǧǩ ǆ ß ӂӑӏ"));
-  EXPECT_NE(FoldCase("×"), FoldCase("÷"));
+TEST(Strings, LowerCaseKeepsAccents) {
+  EXPECT_EQ(LowerCase("BJÖRK ŽIŽEK Ÿ ΣΊΣΥΦΟΣ ЁЖИК Ẁ ȘȚ Ə ǦǨ ǅ ẞ ӁӐӀ"),
+            "björk žižek ÿ σίσυφοσ ёжик ẁ șț ə ǧǩ ǆ ß ӂӑӏ");
+  EXPECT_EQ(LowerCase("× ÷ 語 abcß"), "× ÷ 語 abcß");
+}
+
+TEST(Strings, SearchesSeeNoCaseAccentsOrComposition) {
+  const struct {
+    const char *string, *searched;
+  } kCases[] = {
+      {"Élodie", "elodie"},
+      {"E\u0301lodie", "elodie"},
+      {"BJÖRK Ångström", "bjork angstrom"},
+      {"Mø Łódź Đorđe", "mo lodz dorde"},
+      {"Straße STRASSE", "strasse strasse"},
+      {"Æon œuvre İı", "aeon oeuvre ii"},
+      {"Ελευθερία ΣΊΣΥΦΟΣ", "ελευθερια σισυφοσ"},
+      {"Ёжик", "ежик"},
+      {"Việt Nam", "viet nam"},
+      {"שָׁלוֹם", "שלום"},
+      // Not accents: without the marks these are other words.
+      {"ガ", "\u30AB\u3099"},
+      {"कि", "कि"},
+      {"각", "\u1100\u1161\u11A8"},
+      {"가", "\u1100\u1161"},
+      {"힣", "\u1112\u1175\u11C2"},
+  };
+  for (const auto& testCase : kCases) {
+    EXPECT_EQ(SearchForm(testCase.string), testCase.searched) << testCase.string;
+  }
+}
+
+TEST(Strings, NumbersAreWrittenForPeopleAndPrograms) {
+  EXPECT_EQ(TimeString(0), "");
+  EXPECT_EQ(TimeString(1), "1904-01-01T00:00:01");
+  EXPECT_EQ(TimeString(3429434363), "2012-09-02T12:39:23");
+  EXPECT_EQ(TimeString(UINT32_MAX), "2040-02-06T06:28:15");
+  EXPECT_EQ(LengthString(999), "0:00");
+  EXPECT_EQ(LengthString(239'000), "3:59");
+  EXPECT_EQ(LengthString(3'723'000), "1:02:03");
+  EXPECT_EQ(PersistentIdString(0xA5A), "0000000000000A5A");
 }
 
 TEST(Strings, WidthCountsColumnsNotBytes) {
@@ -61,7 +100,9 @@ Track MakeTrack(std::uint32_t index, const char* artist, const char* album, cons
   track.artist = artist;
   track.album = album;
   track.title = title;
-  track.location = "/iPod_Control/Music/F0" + std::to_string(index) + "/ABCD.mp3";
+  track.location = "/iPod_Control/Music/F00/ABCD.mp3";
+  track.year = 1990 + index;
+  track.lengthMs = 61'000 * index;
   return track;
 }
 
@@ -75,7 +116,7 @@ std::vector<Track> SomeTracks() {
 TEST(TrackList, TableFitsEveryWidthWithItsColumnsAligned) {
   for (const std::size_t width :
        {std::size_t{40}, std::size_t{61}, std::size_t{80}, std::size_t{0}}) {
-    std::istringstream lines(TrackTable(SomeTracks(), width));
+    std::istringstream lines(TrackTable(SomeTracks(), {FindProperty("year")}, width));
     std::string header;
     ASSERT_TRUE(std::getline(lines, header));
     const std::size_t titleColumn = header.find("Title");
@@ -96,9 +137,11 @@ TEST(TrackList, TableFitsEveryWidthWithItsColumnsAligned) {
 
 TEST(TrackList, CsvQuotesWhatNeedsIt) {
   const std::string csv = TrackCsv({SomeTracks()[1]});
-  EXPECT_EQ(csv,
-            "index,artist,album,title,location\n"
-            "1,Björk,\"Post, \"\"live\"\"\",\"Army\nof Me\",/iPod_Control/Music/F01/ABCD.mp3\n");
+  EXPECT_TRUE(csv.starts_with("index,id,persistentId,location,title,")) << csv;
+  EXPECT_NE(csv.find("\n1,0,0000000000000000,/iPod_Control/Music/F00/ABCD.mp3,\"Army\nof Me\","
+                     "Björk,\"Post, \"\"live\"\"\",,"),
+            std::string::npos)
+      << csv;
 }
 
 }  // namespace

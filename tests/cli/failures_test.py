@@ -7,8 +7,8 @@ import re
 import subprocess
 import unittest
 
-from players import (DOCUMENTED, EXPORTED, HAVE_RUN, SAID, TRACKS, ProgramTest, contents_of,
-                     database, obey_permissions)
+from players import (DOCUMENTED, EXPORTED, HAVE_RUN, SAID, TRACKS, ProgramTest, compressed,
+                     contents_of, database, obey_permissions)
 
 CLONE_NEWNS = 0x20000
 
@@ -23,19 +23,29 @@ def option_names(help_text):
 
 class Failures(ProgramTest):
     def test_files_that_are_no_database_are_named(self):
-        whole = database(TRACKS)
-        for name, contents, words in [("missing", None, "cannot be opened: No such file or directory"),
-                                      ("text.txt", b"no database at all", "is not a music database"),
-                                      ("empty", b"", "is not a music database"),
-                                      ("cut", whole[:90], "is damaged, or was not copied whole")]:
+        for name, contents, words in [
+                ("missing", None, "the database cannot be opened: No such file or directory"),
+                ("text.txt", b"no database at all", "this is no music database"),
+                ("empty", b"", "this is no music database"),
+                ("bomb", compressed(database(TRACKS) + bytes(2**20)), "the compressed database is too large")]:
             file = self.folder / name
             if contents is not None:
                 file.write_bytes(contents)
             self.assertEqual(self.failure("tracks", file), f"quaylink: {file}: {words}\n")
+            self.assertEqual(self.failure("playlists", file), f"quaylink: {file}: {words}\n")
         self.assertIn("is a folder", self.failure("tracks", self.folder))
-        pipe = self.folder / "pipe"
-        os.mkfifo(pipe)
-        self.assertEqual(self.failure("tracks", pipe), f"quaylink: {pipe}: is no ordinary file\n")
+        for command in ("tracks", "playlists"):
+            self.assertEqual(self.failure(command, "-", stdin=subprocess.DEVNULL),
+                             "quaylink: the standard input: this is no music database\n")
+        self.assertIn("cannot be read to its end", self.failure("tracks", "/proc/self/mem"))
+        # This one has no end.
+        self.assertIn("this is no music database", self.failure("tracks", "/dev/zero"))
+
+    def test_playlist_that_does_not_exist(self):
+        self.machine.attach_player()
+        for command in (["tracks"], ["export", self.out]):
+            self.assertEqual(self.failure(*command, "--playlist", "été 2"), "quaylink: the device's music database: "
+                             "has no playlist \"été 2\" (see 'quaylink playlists')\n")
 
     def test_machine_that_is_no_folder_is_told(self):
         self.machine.attach_player()
@@ -61,7 +71,7 @@ class Failures(ProgramTest):
             self.check_export()
 
     def test_without_a_device_every_command_gives_advice(self):
-        for command in (["tracks"], ["export", self.out], ["copy-track", 0, self.out], ["files"],
+        for command in (["tracks"], ["playlists"], ["export", self.out], ["copy-track", 0, self.out], ["files"],
                         ["copy-database", self.out], ["pull", "/x", self.out], ["status"]):
             self.assertIn("Is the player in disk mode and mounted", self.failure(*command))
         output, errors = self.run_program("status", "--json", status=1)
@@ -86,7 +96,7 @@ class Failures(ProgramTest):
         file.unlink()
         self.assertIn("Has music been put on the player", self.failure("export", self.out))
         file.write_bytes(b"something else")
-        self.assertIn("the device's music database: is not", self.failure("tracks"))
+        self.assertIn("the device's music database: this is no", self.failure("tracks"))
 
     def test_phone_without_a_database(self):
         self.machine.attach_phone()
@@ -159,7 +169,7 @@ class Failures(ProgramTest):
         file = self.folder / "secret"
         file.touch(mode=0o000)
         for command, words in [(["copy-database", self.out / "x"], "cannot be written"),
-                               (["tracks", file], "cannot be opened")]:
+                               (["tracks", file], "the database cannot be opened")]:
             errors = self.failure(*command, preexec_fn=obey_permissions)
             self.assertTrue(errors.endswith(words + ": Permission denied\n"), errors)
         output, errors = self.run_program("export", self.out, status=1,
@@ -176,15 +186,18 @@ class Failures(ProgramTest):
             self.assertIn("the output could not be written", errors)
 
     def test_wrong_usage_has_its_own_status(self):
-        for arguments in ([], ["play"], ["tracks", "--sort", "size"], ["export"],
-                          ["export", self.out, "--name", "{titel}"], ["copy-track", "one", "x"],
+        for arguments in ([], ["play"], ["tracks", "--sort", "length"], ["tracks", "--columns", "title,length"],
+                          ["tracks", "--year", "199x"], ["tracks", "--kind", "song"], ["playlists", ""],
+                          ["copy-track", "", "x"], ["copy-track", "010", "x"], ["copy-track", "1x", "x"],
+                          ["copy-track", "4294967296", "x"], ["copy-track", "one", "x"], ["export"],
+                          ["export", self.out, "--name", "{titel}"],
                           ["tracks", "--json", "--csv"], ["tracks", ""], ["export", ""],
                           ["pull", "", "x"], ["copy-track", 0, ""]):
             self.failure(*arguments, status=2)
 
     def test_help_is_there_for_every_command_with_examples(self):
         commands = command_names(self.run_program("--help")[0])
-        self.assertEqual(len(commands), 7)
+        self.assertEqual(len(commands), 8)
         for command in commands:
             self.assertIn("Example", self.run_program(command, "--help")[0])
 

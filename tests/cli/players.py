@@ -12,6 +12,7 @@ import subprocess
 import tempfile
 import time
 import unittest
+import zlib
 
 PROGRAM = os.environ["QUAYLINK_PROGRAM"]
 PHONE_LIBRARIES = os.environ["QUAYLINK_PHONE_LIBRARIES"]
@@ -42,27 +43,62 @@ def chunk(tag, header_length, fields, body):
     return header.ljust(header_length, b"\0") + body
 
 
-def track_item(track_id, texts):
-    objects = b""
-    for kind, text in texts.items():
-        units = text.encode("utf-16-le")
-        body = struct.pack("<IIII", 1, len(units), 1, 0) + units
-        objects += chunk(b"mhod", 24, struct.pack("<III", kind, 0, 0), body)
-    return chunk(b"mhit", 388, struct.pack("<II", len(texts), track_id), objects)
+def string_object(kind, string):
+    if kind in (15, 16):
+        return chunk(b"mhod", 24, struct.pack("<III", kind, 0, 0), string.encode())
+    units = string.encode("utf-16-le")
+    body = struct.pack("<IIII", 1, len(units), 1, 0) + units
+    return chunk(b"mhod", 24, struct.pack("<III", kind, 0, 0), body)
 
 
-def database(tracks):
-    """A music database of (artist, album, title, location) tuples; an empty text is left out."""
+def with_fields(item, fields):
+    """An item with (offset, format, value) fields of its header set."""
+    item = bytearray(item)
+    for offset, form, value in fields:
+        struct.pack_into("<" + form, item, offset, value)
+    return bytes(item)
+
+
+def track_item(track_id, strings, fields=()):
+    objects = b"".join(string_object(kind, string) for kind, string in strings.items())
+    return with_fields(chunk(b"mhit", 388, struct.pack("<II", len(strings), track_id), objects), fields)
+
+
+def playlist(name, track_ids, fields=()):
+    objects = string_object(1, name) if name else b""
+    items = b"".join(with_fields(chunk(b"mhip", 76, b"", b""), [(24, "I", track_id)]) for track_id in track_ids)
+    counts = struct.pack("<II", 1 if name else 0, len(track_ids))
+    return with_fields(chunk(b"mhyp", 108, counts, objects + items), fields)
+
+
+FIRST_ID = 100
+
+
+def database(tracks, properties=None, playlists=(playlist("", []),)):
+    """A music database of (artist, album, title, location) tuples; an empty string is left out.
+
+    Properties may give tracks, by index, more strings and fields."""
     items = b""
-    for track_id, (artist, album, title, location) in enumerate(tracks, start=100):
-        texts = {1: title, 2: location, 3: album, 4: artist}
-        items += track_item(track_id, {kind: text for kind, text in texts.items() if text})
+    for index, (artist, album, title, location) in enumerate(tracks):
+        strings = {1: title, 2: location, 3: album, 4: artist}
+        more, fields = (properties or {}).get(index, ({}, ()))
+        strings.update(more)
+        items += track_item(FIRST_ID + index, {kind: s for kind, s in strings.items() if s}, fields)
     track_list = (b"mhlt" + struct.pack("<II", 92, len(tracks))).ljust(92, b"\0") + items
-    playlists = (b"mhlp" + struct.pack("<II", 92, 1)).ljust(92, b"\0")
-    playlists += chunk(b"mhyp", 108, struct.pack("<II", 0, 0), b"")
+    lists = (b"mhlp" + struct.pack("<II", 92, len(playlists))).ljust(92, b"\0") + b"".join(playlists)
     data_sets = chunk(b"mhsd", 96, struct.pack("<I", 1), track_list)
-    data_sets += chunk(b"mhsd", 96, struct.pack("<I", 2), playlists)
+    data_sets += chunk(b"mhsd", 96, struct.pack("<I", 2), lists)
     return chunk(b"mhbd", 104, struct.pack("<III", 1, 25, 2), data_sets)
+
+
+def compressed(whole):
+    """The form in which newer players keep a database."""
+    length = struct.unpack_from("<I", whole, 4)[0]
+    header = bytearray(whole[:length].ljust(244, b"\0"))
+    body = zlib.compress(whole[length:])
+    struct.pack_into("<II", header, 4, len(header), len(header) + len(body))
+    header[0xA8] = 1
+    return bytes(header) + body
 
 
 TRACKS = [
