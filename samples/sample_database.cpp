@@ -35,8 +35,8 @@ TrackMap::Entry MakeTrack(const Track& track, Arena& arena) {
   static_cast<TrackItemHeader&>(*item) = track.properties;
   item->trackId = track.id;
   item->headerLength = kTrackHeaderLength;
-  for (const Text& text : track.texts) {
-    AddText(item->dataObjects, arena, text.objectType, text.text);
+  for (const StringObject& object : track.strings) {
+    AddText(item->dataObjects, arena, object.objectType, object.string);
   }
   return {track.id, std::move(item)};
 }
@@ -178,14 +178,14 @@ Library MakeLargeLibrary(std::uint32_t trackCount) {
                                 Numbered(u"Artist of volume ", album)});
     }
     Track track{id, {}};
-    track.texts = {{kTitleObject, Numbered(u"A song with an ordinary title, number ", i)},
-                   {kLocationObject, Numbered(u":iPod_Control:Music:F07:TRACK", i) + u".m4a"},
-                   {kAlbumObject, Numbered(u"The collected recordings, volume ", album)},
-                   {kArtistObject, Numbered(u"Artist of volume ", album)},
-                   {5, u"Singer/songwriter"},
-                   {6, u"AAC audio file"},
-                   {12, Numbered(u"Composer of volume ", album)},
-                   {22, Numbered(u"Artist of volume ", album)}};
+    track.strings = {{kTitleObject, Numbered(u"A song with an ordinary title, number ", i)},
+                     {kLocationObject, Numbered(u":iPod_Control:Music:F07:TRACK", i) + u".m4a"},
+                     {kAlbumObject, Numbered(u"The collected recordings, volume ", album)},
+                     {kArtistObject, Numbered(u"Artist of volume ", album)},
+                     {5, u"Singer/songwriter"},
+                     {6, u"AAC audio file"},
+                     {12, Numbered(u"Composer of volume ", album)},
+                     {22, Numbered(u"Artist of volume ", album)}};
     library.tracks.push_back(std::move(track));
     all.trackIds.push_back(id);
   }

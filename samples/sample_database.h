@@ -10,14 +10,14 @@
 
 namespace quaylink::samples {
 
-struct Text {
+struct StringObject {
   std::uint32_t objectType;
-  std::u16string text;
+  std::u16string string;
 };
 
 struct Track {
   std::uint32_t id;
-  std::vector<Text> texts;
+  std::vector<StringObject> strings;
   TrackItemHeader properties{};  // all but the id
 };
 
@@ -69,8 +69,8 @@ std::vector<std::uint8_t> Compress(std::span<const std::uint8_t> database);
 // objects of every body.
 std::vector<std::uint8_t> WriteDatabaseOfEveryKind();
 
-// A library of made-up tracks with eight texts each, one album for ten tracks, and two playlists of
-// all tracks.
+// A library of made-up tracks with eight strings each, one album for ten tracks, and two playlists
+// of all tracks.
 Library MakeLargeLibrary(std::uint32_t trackCount);
 
 }  // namespace quaylink::samples

@@ -102,14 +102,14 @@ Library SampleLibrary(const std::vector<SampleTrack>& music) {
     Track described{track.id,
                     {{kLocationObject, Location(track.file)}, {6, u"WAV audio file"}},
                     Properties(track, static_cast<std::uint32_t>(library.tracks.size()))};
-    if (!track.title.empty()) described.texts.push_back({kTitleObject, track.title});
-    if (!track.artist.empty()) described.texts.push_back({kArtistObject, track.artist});
+    if (!track.title.empty()) described.strings.push_back({kTitleObject, track.title});
+    if (!track.artist.empty()) described.strings.push_back({kArtistObject, track.artist});
     if (!track.album.empty()) {
-      described.texts.push_back({kAlbumObject, track.album});
+      described.strings.push_back({kAlbumObject, track.album});
       const auto known = std::ranges::find(library.albums, track.album, &Album::title);
       if (known == library.albums.end()) library.albums.push_back({track.album, track.artist});
     }
-    if (!track.genre.empty()) described.texts.push_back({kGenreObject, track.genre});
+    if (!track.genre.empty()) described.strings.push_back({kGenreObject, track.genre});
     library.tracks.push_back(std::move(described));
     if (track.year >= 2010) recent.trackIds.push_back(track.id);
     all.trackIds.push_back(track.id);

@@ -151,6 +151,7 @@ bool FieldsAreInFileOrder() {
 
 // A short header ends after so many of them.
 TEST(Header, ListsItsFieldsInTheOrderOfTheFile) {
+  EXPECT_TRUE(FieldsAreInFileOrder<DataObjectHeader>());
   EXPECT_TRUE(FieldsAreInFileOrder<DatabaseHeader>());
   EXPECT_TRUE(FieldsAreInFileOrder<TrackItemHeader>());
   EXPECT_TRUE(FieldsAreInFileOrder<AlbumItemHeader>());

@@ -119,8 +119,8 @@ TEST(Database, WritingMoreDataSetsThanAreHeldThrows) {
 
 samples::Library SmallLibrary() {
   samples::Library library = samples::MakeLargeLibrary(12);
-  library.tracks[3].texts[0].text = u"岬の灯へ向かう小さな舟歌";
-  library.tracks[4].texts.clear();
+  library.tracks[3].strings[0].string = u"岬の灯へ向かう小さな舟歌";
+  library.tracks[4].strings.clear();
   return library;
 }
 

@@ -83,7 +83,8 @@ class OutOfMemory : public testing::Test {
     const std::string track = Track(1, 1, TextObject(2, u":earlier"));
     machine.WriteFile("E:\\iPod_Control\\iTunes\\iTunesDB", TrackDatabase(1, track));
     samples::Library library = samples::MakeLargeLibrary(kTracks);
-    library.tracks[0].texts[0].text.append(5000, u'x');  // beyond what a block of an arena takes
+    library.tracks[0].strings[0].string.append(5000,
+                                               u'x');  // beyond what a block of an arena takes
     const auto bytes = samples::WriteDatabase(library);
     machine.WriteFile(kPath, std::string(bytes.begin(), bytes.end()));
     InitializeIPod();

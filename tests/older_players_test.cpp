@@ -26,9 +26,9 @@ TEST(OlderPlayers, DatabasesKeepTheirTracksAndStringsThroughReadingAndWriting) {
     std::string tracks;
     for (const std::uint32_t id : {3u, 1u, 2u}) {
       const std::u16string mark(id, u'A');
-      const std::string texts = TextObject(1, u"Title " + mark) +
-                                TextObject(2, u":Music:F00:" + mark) + TextObject(4, u"Artist");
-      tracks += Track(id, 3, texts, player.track);
+      const std::string strings = TextObject(1, u"Title " + mark) +
+                                  TextObject(2, u":Music:F00:" + mark) + TextObject(4, u"Artist");
+      tracks += Track(id, 3, strings, player.track);
     }
     const std::string item = ChunkBytes("mhip", 76, U32(0), "");
     const std::string playlist =

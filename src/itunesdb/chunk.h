@@ -32,8 +32,9 @@ class Chunk {
   // results, which count as failure too. Throws std::bad_alloc, and leaks nothing.
   virtual std::int32_t Read(Reader& reader) = 0;
 
-  // Writes the chunk and its children. Returns the number of bytes written, or the negative result
-  // of a child, which ends the writing and leaves the total length 0. Throws std::bad_alloc.
+  // Writes the chunk and its children. Returns the number of bytes written, or a negative result
+  // where it or a child cannot be written, which ends the writing and leaves the total length 0.
+  // Throws std::bad_alloc.
   virtual std::int32_t Write(Writer& writer) = 0;
 
  protected:
