@@ -35,6 +35,10 @@ class SalvageWalk {
   bool ReadWhole(const ListKind& kind, Position end, Items& items);
 
   Position Size() const { return bytes_.size(); }
+  // Both positions lie in the database or at its end.
+  std::span<const std::uint8_t> Between(Position begin, Position end) const {
+    return bytes_.subspan(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+  }
   std::uint32_t WordAt(Position position) const;
   bool IsAt(Position position, const Tag& tag) const;
   // Moves to the first of these tags at or after the position; to `end` when there is none.
@@ -99,7 +103,7 @@ void SalvageWalk::WalkDatabase() {
 
 void SalvageWalk::WalkDataSet() {
   const Position begin = at_;
-  Reader reader(bytes_.subspan(begin));
+  Reader reader(Between(begin, Size()));
   reader.Skip(kTagLength);
   DataSetHeader header;
   std::uint32_t headerLength = 0;
@@ -162,7 +166,7 @@ std::uint32_t SalvageWalk::WalkListHeader(const ListKind& kind, Position end) {
     if (!headerWhole_) return 0;
   }
   const Position list = at_;
-  Reader reader(bytes_.subspan(list));
+  Reader reader(Between(list, Size()));
   reader.Skip(kTagLength);
   std::uint32_t headerLength = 0;
   std::uint32_t count = 0;
@@ -247,7 +251,7 @@ bool SalvageWalk::ReadWhole(const ListKind& kind, Position end, Items& items) {
 template <class Items>
 ItemResult SalvageWalk::Read(Position end, Items& items) {
   const Position begin = at_;
-  Reader reader(bytes_.subspan(begin, end - begin));
+  Reader reader(Between(begin, end));
   reader.SetMostFailedChunks(1);
   const ItemResult result = items.Read(reader);
   at_ = begin + reader.Position();
@@ -269,7 +273,7 @@ bool SalvageWalk::IsAt(Position position, const Tag& tag) const {
 
 void SalvageWalk::ScanFor(Position end, std::initializer_list<const Tag*> tags) {
   for (; at_ < end; ++at_) {
-    if (AsciiLower(static_cast<char>(bytes_[at_])) != 'm') continue;
+    if (AsciiLower(static_cast<char>(bytes_[static_cast<std::size_t>(at_)])) != 'm') continue;
     if (std::ranges::any_of(tags, [this](const Tag* tag) { return IsAt(at_, *tag); })) return;
   }
 }
