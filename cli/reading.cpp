@@ -85,8 +85,9 @@ Collection ReadCollection(const Program& program, const std::string& file) {
 
 int TellProblem(const Program& program, const Collection& collection) {
   if (collection.LacksPlayCounts()) {
-    program.Note(collection.Name() +
-                 ": the play counts beside it belong to another database, and are left out");
+    program.Note(
+        collection.Name() +
+        ": the play counts beside it are broken or belong to another database, and are left out");
   }
   const std::string problem = collection.Problem();
   if (problem.empty()) return kSuccess;

@@ -20,7 +20,14 @@ std::string Count(std::size_t shown, std::size_t all) {
 
 int ListTracks(const Program& program, const TracksOptions& options) {
   const Collection collection = ReadCollection(program, options.file);
-  std::vector<Track> tracks = TrackSelection(options.filter, collection).Tracks();
+  std::vector<Track> tracks = [&] {
+    try {
+      return TrackSelection(options.filter, collection).Tracks();
+    } catch (const Failure&) {
+      TellProblem(program, collection);  // what is missing may have been lost
+      throw;
+    }
+  }();
   if (options.sort) Sort(tracks, *options.sort);
   if (options.reverse) std::ranges::reverse(tracks);
   if (options.json) {

@@ -53,6 +53,12 @@ TEST(DamagedCollection, OfACutCompressedDatabaseHasTheTracksBeforeTheCut) {
               QUAYLINK_DAMAGED);
   }
   EXPECT_GT(counts.size(), 3u);
+
+  std::string broken = compressed;
+  broken.back() = static_cast<char>(broken.back() + 1);
+  const OpenedCollection opened(broken);
+  EXPECT_STREQ(opened.info.damage, "the compressed database is broken");
+  EXPECT_EQ(opened.info.trackCount, whole.size());
 }
 
 // A database of five tracks and two playlists, with one thing changed.
@@ -111,9 +117,9 @@ TEST(DamagedCollection, HasEverythingThatIsWhole) {
       {"a whole track", second, Zeros(300), {1, 4, 5}, 2},
       {"an object's tag", object, "xxxx", others, 2},
       {"an object's length", object + 8, U32(60), others, 2},
-      {"a text's length, too short", object + 28, U32(4), others, 2},
-      {"a text's length, huge", object + 28, huge, others, 2},
-      {"a text's and its track's length", object + 28, huge, others, 2},
+      {"a string's length, too short", object + 28, U32(4), others, 2},
+      {"a string's length, huge", object + 28, huge, others, 2},
+      {"a string's and its track's length", object + 28, huge, others, 2},
       {"an address's length", address + 8, huge, others, 2},
       {"the first list of playlists", list, "xxxx", all, 2},
       {"the first list of playlists and its first", list, Zeros(100), all, 2},
@@ -140,6 +146,15 @@ TEST(DamagedCollection, HasEverythingThatIsWhole) {
       EXPECT_STREQ(opened.Playlist(i).name, "List");
     }
   }
+}
+
+TEST(DamagedCollection, FindsTheTracksBehindAlbumsThatAreSaidToBeTracks) {
+  const std::string tracks = ListBytes("mhlt", 1, Track(7, 0, ""));
+  const OpenedCollection opened(
+      Database(2, DataSet(1, ListBytes("mhla", 0, "")) + DataSet(1, tracks)));
+  EXPECT_EQ(opened.info.damaged, 1u);
+  ASSERT_EQ(opened.info.trackCount, 1u);
+  EXPECT_EQ(opened.Track(0).id, 7u);
 }
 
 TEST(DamagedCollection, PassesOverDataSetsOfKindsThatItDoesNotKnow) {

@@ -123,7 +123,8 @@ typedef enum QuaylinkResult {
   QUAYLINK_NOT_A_DATABASE = 4, /**< It does not begin as a database does. */
   /** Strict reading met a place that is not as it should be. Read it tolerantly for the rest. */
   QUAYLINK_DAMAGED = 5,
-  QUAYLINK_TOO_LARGE = 6, /**< A compressed database that would take more than its bounds. */
+  /** A compressed database that would take more than its bounds, or a stream of 4 GiB. */
+  QUAYLINK_TOO_LARGE = 6,
   QUAYLINK_NO_MEMORY = 7,
   QUAYLINK_OUT_OF_RANGE = 8 /**< No track or playlist has that index. */
 } QuaylinkResult;
@@ -215,7 +216,7 @@ enum {
  * record in ParseITunesDB. Of two with one id the first in the file counts.
  *
  * With play counts taken in, playCount, skipCount, lastPlayed, lastSkipped, rating and bookmarkMs
- * are what the player knew last.
+ * are what the player knew last. A rating above 100 among them is left, and sums end at UINT32_MAX.
  */
 typedef struct QuaylinkTrack {
   uint32_t structSize;   /**< sizeof(QuaylinkTrack), set by the caller. */

@@ -85,7 +85,8 @@ Inflation InflateDatabase(Reader& reader, Writer& inflated) {
   const bool nothing = inflated.Size() == headerLength;
   if (nothing && status != Z_STREAM_END) return Inflation::kNotCompressed;
   inflated.Overwrite(kTotalLengthOffset, static_cast<std::uint32_t>(inflated.Size()));
-  return status == Z_STREAM_END ? Inflation::kInflated : Inflation::kDamaged;
+  if (status == Z_STREAM_END) return Inflation::kInflated;
+  return status == Z_BUF_ERROR ? Inflation::kCut : Inflation::kDamaged;
 }
 
 }  // namespace quaylink

@@ -12,6 +12,7 @@ namespace quaylink {
 enum class Inflation {
   kNotCompressed,
   kInflated,
+  kCut,      // what could be inflated is there, and there is no more of the file
   kDamaged,  // what could be inflated is there
   kTooLarge,
 };

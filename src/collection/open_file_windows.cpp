@@ -20,6 +20,10 @@ LocalFile OpenForReading(const char* utf8Path) {
   return LocalFile(_wfopen(path.get(), L"rb"));
 }
 
+LocalFile OpenOrdinaryFile(const char* utf8Path) {
+  return OpenForReading(utf8Path);  // folders do not open, and there are no pipes in them
+}
+
 bool IsPathSeparator(char c) {
   return c == '/' || c == '\\' || c == ':';
 }

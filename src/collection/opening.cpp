@@ -59,6 +59,10 @@ bool ReadAll(const ReadBytes& read, Writer& bytes, Failure& failure) {
     }
     const bool beginning = bytes.Size() < kTagLength;
     bytes.Append(block.get(), static_cast<std::size_t>(got));
+    // Lengths in a database have 32 bits.
+    if (bytes.Size() > UINT32_MAX - kBlock) {
+      return Fail(failure, QUAYLINK_TOO_LARGE, "the database is too large");
+    }
     if (beginning && bytes.Size() >= kTagLength && !BeginsAsDatabase(bytes.Written())) return true;
   }
 }
@@ -119,9 +123,9 @@ bool Opening::Inflate(Source& source) {
   if (inflation == Inflation::kNotCompressed) return true;
   source = {nullptr, inflated_.Written()};
   collection_->compressed = true;
-  if (inflation == Inflation::kDamaged) {
+  if (inflation != Inflation::kInflated) {
     compressionFlaw_ = Flaw{inflated_.Size(), "the compressed database",
-                            reader.Remaining() == 0 ? kIsCut : kIsBroken};
+                            inflation == Inflation::kCut ? kIsCut : kIsBroken};
   }
   return true;
 }
@@ -172,7 +176,7 @@ bool Opening::AddPlayCounts(const char* path) {
     Reader reader(options_.playCountsBytes);
     AddPlayCounts(reader);
   } else if (path && options_.playCountsBeside) {
-    if (const LocalFile file = OpenForReading((FolderOf(path) + "Play Counts").c_str())) {
+    if (const LocalFile file = OpenOrdinaryFile((FolderOf(path) + "Play Counts").c_str())) {
       Reader reader(file.get());
       AddPlayCounts(reader);
     }
@@ -212,7 +216,7 @@ CollectionPointer OpenFile(const char* path, const OpenOptions& options, Failure
   if (!ReadAll(ReadingOf(file.get()), bytes, failure)) return nullptr;
   if (bytes.Size() == 0) {
     const std::string compressed = CompressedBeside(path);
-    const LocalFile beside = compressed.empty() ? nullptr : OpenForReading(compressed.c_str());
+    const LocalFile beside = compressed.empty() ? nullptr : OpenOrdinaryFile(compressed.c_str());
     if (beside && IsSeekable(beside.get())) {
       return Opening(options, failure).Open({beside.get(), {}}, path);
     }

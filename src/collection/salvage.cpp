@@ -187,12 +187,13 @@ void SalvageWalk::WalkTracks(std::uint32_t count, std::uint32_t type, Position e
     WalkItems(kTracks, count, end, tracks, [] {});
     return;
   }
-  tracksMet_ = true;
   contents_.statedTrackCount = count;
   WalkItems(kTracks, count, end, tracks, [&] {
     contents_.tracks.Add(tracks.Item(),
                          placesKnown_ ? contents_.seenTrackCount : TrackTable::kUnknownPlace);
   });
+  // With neither a list nor a track it was another data set's type that was wrong.
+  tracksMet_ = headerWhole_ || contents_.seenTrackCount > 0;
 }
 
 template <class Items, class Keep>

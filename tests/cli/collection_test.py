@@ -153,7 +153,7 @@ class Collection(ProgramTest):
         (self.folder / "Play Counts").write_bytes(play_counts([(1,) * 6]))
         output, errors = self.run_program("tracks", self.file, "--json")
         self.assertEqual(json.loads(output)[1]["playCount"], 0)
-        self.assertIn("the play counts beside it belong to another database", errors)
+        self.assertIn("the play counts beside it are broken or belong to another database", errors)
 
     def test_cut_database_gives_the_tracks_before_the_cut(self):
         tracks = self.listed(self.file)
