@@ -6,10 +6,11 @@
 #include <sstream>
 #include <utility>
 
-#include "cli/commands.h"
+#include "cli/commands/commands.h"
 #include "cli/list_options.h"
-#include "cli/system.h"
-#include "cli/utf8.h"
+#include "cli/system/examples.h"
+#include "cli/system/system.h"
+#include "cli/text/utf8.h"
 
 namespace quaylink::cli {
 namespace {
@@ -27,11 +28,15 @@ std::pair<CLI::App&, Options&> Add(CLI::App& app, Command& chosen, const char* n
   return {*command, *options};
 }
 
+std::string Examples(std::string_view lines) {
+  return "Examples:\n" + std::string(lines);
+}
+
 void AddDestination(CLI::App& command, CopyOptions& options) {
   command
       .add_option("DEST", options.destination,
                   "The file to write (or replace), or a folder to put a new file into")
-      ->check(RefuseEmpty)
+      ->transform(ReadPath())
       ->required()
       ->type_name("PATH");
 }
@@ -40,75 +45,86 @@ void AddStatusCommand(CLI::App& app, Command& chosen) {
   auto [command, options] = Add(app, chosen, "status",
                                 "Tell whether a device is attached and can be reached", ShowStatus);
   command.add_flag("--json", options.json, "Print a JSON object");
-  command.footer(
-      "The exit status is 0 when a device can be reached, else 1.\n\n"
-      "Examples:\n"
-      "  quaylink status\n"
-      "  quaylink status -q && quaylink export ~/Music");
+  command.footer("The exit status is 0 when a device can be reached, else 1.\n\n" +
+                 Examples(kStatusExamples));
 }
 
-CLI::Option* AddFileOption(CLI::App& command, std::string& file) {
-  return command
+void AddFromOption(CLI::App& command, std::string& from) {
+  command
+      .add_option("--from", from,
+                  "Look for no device: FOLDER is a mounted player, a copy of one, or a backup, and "
+                  "holds iPod_Control or iTunes_Control")
+      ->transform(ReadPath())
+      ->type_name("FOLDER");
+}
+
+void AddSourceOptions(CLI::App& command, std::string& file, std::string& from) {
+  AddFromOption(command, from);
+  command
       .add_option("FILE", file,
                   "A copied music database, - for the standard input; without it the database of "
                   "the attached device")
-      ->check(RefuseEmpty);
+      ->transform(ReadPath())
+      ->excludes("--from");
 }
 
 void AddTracksCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "tracks", "List the tracks of a device or of a database file", ListTracks);
-  AddFileOption(command, options.file);
+  AddSourceOptions(command, options.file, options.from);
   CLI::Option* json = command.add_flag("--json", options.json, "Print a JSON array of objects");
   command.add_flag("--csv", options.csv, "Print comma-separated values")->excludes(json);
   AddColumnsOption(command, options.columns);
   AddSortOptions(command, options.sort, options.reverse);
   AddFilterOptions(command, options.filter);
   command.footer(
-      "KEY is a property as --json names it, such as year, genre, rating or playCount.\n\n"
-      "Examples:\n"
-      "  quaylink tracks\n"
-      "  quaylink tracks --artist bjork --sort album\n"
-      "  quaylink tracks --kind podcast --columns released,bookmarkMs --sort released\n"
-      "  quaylink tracks iTunesDB --json | jq '.[].title'");
+      "KEY is a property as --json names it, such as year, genre, rating or playCount.\n\n" +
+      Examples(kTracksExamples));
 }
 
 void AddPlaylistsCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "playlists", "List the playlists of a device or of a database file",
           ListPlaylists);
-  AddFileOption(command, options.file);
+  AddSourceOptions(command, options.file, options.from);
   command.add_flag("--json", options.json, "Print a JSON array of objects");
-  command.footer(
-      "Examples:\n"
-      "  quaylink playlists\n"
-      "  quaylink playlists iTunesDB --json | jq '.[].name'\n"
-      "  quaylink tracks --playlist Favourites");
+  command.footer(Examples(kPlaylistsExamples));
 }
 
-void AddExportCommand(CLI::App& app, Command& chosen) {
+void AddExportCommand(CLI::App& app, Command& chosen, Program& program) {
   auto [command, options] =
       Add(app, chosen, "export", "Copy the device's music into a folder", Export);
   command.add_option("DEST", options.destination, "The folder, made when it is missing")
-      ->check(RefuseEmpty)
+      ->transform(ReadPath())
       ->required()
       ->type_name("FOLDER");
   command
       .add_option("--name", options.pattern,
-                  "How copies are named: {artist}, {album}, {title}, {index} and {file} stand "
-                  "for properties of the track, / parts folders")
+                  "How copies are named, without the extension; see below")
       ->type_name("PATTERN")
       ->capture_default_str();
-  command.add_flag("-n,--dry-run", options.dryRun, "Show what would be copied, copy nothing");
-  command.add_flag("--json", options.json, "Print a JSON object with the fate of each track");
+  AddFromOption(command, options.from);
+  CLI::Option* dryRun = command.add_flag(
+      "-n,--dry-run", options.dryRun, "Show what would be done and whether there is room for it");
+  command
+      .add_flag("--verify", options.verify,
+                "Copy nothing: read every copy and its source again, and tell what differs")
+      ->excludes(dryRun);
+  command.add_flag("--rescue", options.rescue,
+                   "Export the music files that the database does not name, too");
+  command.add_flag("--no-playlists", options.noPlaylists, "Write no playlist files");
+  command.add_flag("--json", program.tellsEvents,
+                   "Print a line of JSON for each event, as it happens");
   AddFilterOptions(command, options.filter);
   command.footer(
-      "Files that an earlier run has finished are skipped, so an interrupted export is resumed by\n"
-      "running it again. The exit status is 1 when a track could not be copied.\n\n"
-      "Examples:\n"
-      "  quaylink export ~/Music\n"
-      "  quaylink export ~/Music --artist björk --dry-run\n"
-      "  quaylink export ~/Podcasts --album \"radio\" --name \"{album}/{index} {title}\"");
+      "In a PATTERN, / parts folders, and braces hold a property as 'quaylink tracks --json' "
+      "names\n"
+      "it, or {folderArtist}, {number} or {file}. What stands in brackets is left out when a\n"
+      "property in it is missing. Numbers are padded with zeros.\n\n"
+      "DEST remembers what was copied: a track whose copy is there is skipped, and an interrupted\n"
+      "export is resumed by running it again. Files that others have put there are left alone.\n"
+      "The exit status is 1 when a track could not be copied.\n\n" +
+      Examples(kExportExamples));
 }
 
 void AddCopyTrackCommand(CLI::App& app, Command& chosen) {
@@ -119,47 +135,36 @@ void AddCopyTrackCommand(CLI::App& app, Command& chosen) {
       ->required()
       ->type_name("");
   AddDestination(command, options);
-  command.footer(
-      "Examples:\n"
-      "  quaylink copy-track 12 song.mp3\n"
-      "  quaylink copy-track 12 ~/Music");
+  command.footer(Examples(kCopyTrackExamples));
 }
 
 void AddCopyDatabaseCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "copy-database", "Copy the device's music database", CopyDatabase);
   AddDestination(command, options);
-  command.footer(
-      "Example:\n"
-      "  quaylink copy-database backup.iTunesDB && quaylink tracks backup.iTunesDB");
+  command.footer(Examples(kCopyDatabaseExamples));
 }
 
 void AddFilesCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "files", "List every file of a phone, one a line", ListFiles);
   command.add_flag("--json", options.json, "Print a JSON array of paths");
-  command.footer(
-      "Examples:\n"
-      "  quaylink files\n"
-      "  quaylink files --json | jq -r '.[]' | grep -i jpg");
+  command.footer(Examples(kFilesExamples));
 }
 
 void AddPullCommand(CLI::App& app, Command& chosen) {
-  auto [command, options] = Add(app, chosen, "pull", "Copy any file of the device", Pull);
+  auto [command, options] =
+      Add(app, chosen, "pull", "Copy any file of the device, or a folder of a phone", Pull);
   command
       .add_option("DEVICE_PATH", options.devicePath,
-                  "A path as 'quaylink files' prints it; for a player in disk mode a path on its "
-                  "drive, such as F:\\Notes\\a.txt")
-      ->check(RefuseEmpty)
+                  "A path as 'quaylink files' prints it, or the folder of such paths, to take "
+                  "everything below it; for a player in disk mode a path on its "
+                  "drive, such as /Notes/a.txt or F:\\Notes\\a.txt")
+      ->transform(ReadDevicePath())
       ->required()
       ->type_name("");
   AddDestination(command, options);
-  command.footer(
-      "Examples:\n"
-      "  quaylink pull /DCIM/100APPLE/IMG_0001.JPG ~/Pictures\n"
-      "  mkdir -p ~/Pictures/phone\n"
-      "  quaylink files | grep -i jpg |\n"
-      "    while IFS= read -r f; do quaylink pull \"$f\" ~/Pictures/phone; done");
+  command.footer(Examples(kPullExamples));
 }
 
 Failure UsageFailure(const CLI::App& app, const std::string& reason) {
@@ -180,18 +185,13 @@ Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
   app.allow_windows_style_options(false);
   app.require_subcommand(0, 1);
   app.fallthrough();
-  app.footer(
-      "Examples:\n"
-      "  quaylink status              is a player attached?\n"
-      "  quaylink tracks              list its music\n"
-      "  quaylink export ~/Music      copy all of it\n\n"
-      "'quaylink COMMAND --help' tells more of a command, " +
-      std::string(kWholeManual) + " everything.");
+  app.footer(Examples(kFirstExamples) + "\n\n'quaylink COMMAND --help' tells more of a command, " +
+             std::string(kWholeManual) + " everything.");
   Command chosen;
   AddStatusCommand(app, chosen);
   AddTracksCommand(app, chosen);
   AddPlaylistsCommand(app, chosen);
-  AddExportCommand(app, chosen);
+  AddExportCommand(app, chosen, program);
   AddCopyTrackCommand(app, chosen);
   AddCopyDatabaseCommand(app, chosen);
   AddFilesCommand(app, chosen);

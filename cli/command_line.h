@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/program.h"
+#include "cli/base/program.h"
 
 namespace quaylink::cli {
 

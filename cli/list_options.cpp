@@ -8,6 +8,8 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/system/typed_path.h"
+
 namespace quaylink::cli {
 namespace {
 
@@ -73,6 +75,18 @@ std::uint32_t MediaTypeCalled(const std::string& name) {
 
 std::string RefuseEmpty(const std::string& string) {
   return string.empty() ? "must not be empty" : "";
+}
+
+CLI::Validator ReadPath() {
+  return {[](std::string& path) { return path.empty() ? RefuseEmpty(path) : ReadTypedPath(path); },
+          ""};
+}
+
+CLI::Validator ReadDevicePath() {
+  // The names on a phone may hold anything.
+  return {
+      [](std::string& path) { return path.starts_with('/') ? std::string() : ReadPath()(path); },
+      ""};
 }
 
 std::string RefuseMalformedNumber(const std::string& string) {

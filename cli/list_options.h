@@ -5,14 +5,17 @@
 #include <string>
 #include <vector>
 
-#include "cli/property.h"
-#include "cli/track_selection.h"
+#include "cli/collection/property.h"
+#include "cli/collection/track_selection.h"
 
 namespace quaylink::cli {
 
 // Checks of an argument, which give what is wrong with it. One that is there but empty comes from a
 // variable that is not set, and means nothing.
 std::string RefuseEmpty(const std::string& string);
+// Make a path of this computer, or of a device, what the user means by it.
+CLI::Validator ReadPath();
+CLI::Validator ReadDevicePath();
 // Takes decimal digits as numbers are printed, without zeros in front.
 std::string RefuseMalformedNumber(const std::string& string);
 

@@ -2,29 +2,38 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <vector>
 
+#include "cli/base/program.h"
 #include "cli/command_line.h"
-#include "cli/program.h"
-#include "cli/system.h"
+#include "cli/export/report.h"
+#include "cli/system/own_window.h"
+#include "cli/system/system.h"
 
 namespace quaylink::cli {
 namespace {
+
+int Fail(const Program& program, const std::string& message, int status = kFailure) {
+  program.Complain(message);
+  TellFailure(program, message, status);
+  return status;
+}
 
 int Run(int argc, char** argv) {
   Program program;
   try {
     PrepareStreams();
     HandleInterrupts();
-    return ReadCommandLine(Arguments(argc, argv), program)(program);
+    const std::vector<std::string> arguments = Arguments(argc, argv);
+    if (arguments.empty() && ExplainInOwnWindow()) return kSuccess;
+    return ReadCommandLine(arguments, program)(program);
   } catch (const Failure& failure) {
-    program.Complain(failure.what());
-    return failure.Status();
+    return Fail(program, failure.what(), failure.Status());
   } catch (const std::bad_alloc&) {
-    program.Complain("there is not enough memory");
+    return Fail(program, "there is not enough memory");
   } catch (const std::exception& error) {
-    program.Complain(error.what());
+    return Fail(program, error.what());
   }
-  return kFailure;
 }
 
 }  // namespace

@@ -6,7 +6,8 @@
 #include <optional>
 #include <string>
 
-#include "cli/file_copy.h"
+#include "cli/source/file_copy.h"
+#include "cli/text/formats.h"
 
 namespace quaylink::test {
 namespace {

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "cli/display_width.h"
-#include "cli/folding.h"
-#include "cli/formats.h"
-#include "cli/track_list.h"
-#include "cli/utf8.h"
+#include "cli/output/track_list.h"
+#include "cli/text/display_width.h"
+#include "cli/text/folding.h"
+#include "cli/text/formats.h"
+#include "cli/text/utf8.h"
 
 namespace quaylink::test {
 namespace {

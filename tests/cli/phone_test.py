@@ -5,7 +5,7 @@ import os
 import signal
 import unittest
 
-from players import EXPORTED, HeldFile, ProgramTest, contents_of, limit_file_size
+from players import EXPORTED, TRACKS, HeldFile, ProgramTest, contents_of, database, limit_file_size, playlist
 
 
 class Phone(ProgramTest):
@@ -40,6 +40,58 @@ class Phone(ProgramTest):
         self.run_program("pull", "/iPod_Control/Music/F00/BBBB.mp3", self.out / "b.mp3")
         self.assertEqual((self.out / "b.mp3").read_bytes(), contents_of(1))
         self.assertEqual((self.out / "naïve _ name.jpg").read_bytes(), b"picture")
+
+    def pictures(self, *names):
+        for number, name in enumerate(names):
+            file = self.machine.phone / "DCIM" / name
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_bytes(contents_of(10 + number))
+        return {"DCIM/" + name: contents_of(10 + number) for number, name in enumerate(names)}
+
+    def pulled(self):
+        return {name: (self.out / name).read_bytes() for name in self.exported_files()}
+
+    def test_folder_is_pulled_with_its_tree(self):
+        self.attach()
+        pictures = self.pictures("100APPLE/IMG_0001.JPG", "101APPLE/IMG_0001.JPG", "b.jpg", "deep/er/c.mov")
+        (self.machine.phone / "DCIM2").mkdir()
+        (self.machine.phone / "DCIM2" / "other.jpg").write_bytes(b"not below it")
+        self.assertIn("4 copied", self.run_program("pull", "/DCIM", self.out)[0])
+        self.assertEqual(self.pulled(), pictures)
+        # A part of the tree has the same place.
+        for path in ("/DCIM/100APPLE", "/DCIM/100APPLE/", "/DCIM/"):
+            self.assertIn("0 copied", self.run_program("pull", path, self.out)[0], path)
+        self.assertEqual(self.pulled(), pictures)
+        self.assertIn("1 copied", self.run_program("pull", "/DCIM2", self.folder / "other")[0])
+
+    def test_folder_that_was_pulled_in_part_is_finished(self):
+        self.attach()
+        self.identify("Phone", 0xABC)
+        pictures = self.pictures("a.jpg", "b.jpg", "c.jpg")
+        self.run_program("pull", "/DCIM", self.out)
+        (self.out / "DCIM/b.jpg").unlink()
+        (self.machine.folder / "log").unlink()
+        self.assertIn("1 copied (30.0 kB), 2 already there", self.run_program("pull", "/DCIM", self.out)[0])
+        self.assertEqual(self.pulled(), pictures)
+        fetched = [line for line in self.calls("AFCFileRefOpen") if "/DCIM/" in line]
+        self.assertEqual(len(fetched), 1, fetched)
+
+    def identify(self, name, persistent_id):
+        (self.machine.phone / "iPod_Control/iTunes/iTunesDB").write_bytes(
+            database(TRACKS, playlists=(playlist(name, [], [(0x14, "B", 1), (0x1C, "Q", persistent_id)]),)))
+
+    def test_pictures_of_another_phone_are_not_taken_for_those_that_are_there(self):
+        self.attach()
+        for persistent_ids in ((1, 2), (0, 0)):
+            with self.subTest(persistent_ids):
+                self.out = self.folder / f"out {persistent_ids}"
+                self.identify("Phone", persistent_ids[0])
+                first = self.pictures("IMG_0001.JPG")
+                self.run_program("pull", "/DCIM", self.out)
+                self.identify("Phone", persistent_ids[1])
+                (self.machine.phone / "DCIM/IMG_0001.JPG").write_bytes(contents_of(20))
+                self.assertIn("1 copied", self.run_program("pull", "/DCIM", self.out)[0])
+                self.assertEqual(sorted(self.pulled().values()), sorted([*first.values(), contents_of(20)]))
 
     def test_export_copies_everything_over_one_connection(self):
         self.attach()
@@ -96,7 +148,7 @@ class Phone(ProgramTest):
 @unittest.skipIf("thread" in os.environ["QUAYLINK_SANITIZE"],
                  "the thread sanitizer holds signals back while a copy is blocked")
 class SecondInterrupt(ProgramTest):
-    def test_it_ends_at_once_without_a_part(self):
+    def test_it_ends_at_once_and_the_next_run_cleans_up(self):
         self.machine.attach_phone()
         held = HeldFile(self.machine.phone / "iPod_Control/Music/F00/BBBB.mp3")
         process = self.start("export", self.out)
@@ -108,7 +160,9 @@ class SecondInterrupt(ProgramTest):
         process.communicate(timeout=60)
         held.let_go()
         self.assertEqual(process.returncode, -signal.SIGINT)
-        self.assertEqual(self.exported_files(), EXPORTED[:1])
+        self.assertEqual([file for file in self.exported_files() if "/part-" not in file], EXPORTED[:1])
+        self.run_program("export", self.out)
+        self.check_export()
 
 
 if __name__ == "__main__":

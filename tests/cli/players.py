@@ -4,7 +4,9 @@ import ctypes
 import fcntl
 import os
 import pathlib
+import pty
 import re
+import select
 import shutil
 import signal
 import struct
@@ -74,7 +76,11 @@ def playlist(name, track_ids, fields=()):
 FIRST_ID = 100
 
 
-def database(tracks, properties=None, playlists=(playlist("", []),)):
+MASTER = playlist("", [], [(20, "B", 1)])
+JOURNAL = ".quaylink-journal"
+
+
+def database(tracks, properties=None, playlists=(MASTER,)):
     """A music database of (artist, album, title, location) tuples; an empty string is left out.
 
     Properties may give tracks, by index, more strings and fields."""
@@ -206,13 +212,32 @@ class ProgramTest(unittest.TestCase):
         self.assertRegex(errors, r"\Aquaylink: [^\n]+\n\Z")
         return errors
 
-    def exported_files(self):
-        return sorted(str(f.relative_to(self.out)) for f in self.out.rglob("*") if not f.is_dir())
+    def run_on_terminal(self, *arguments, columns=200, status=0):
+        """What the program shows on a terminal."""
+        main, terminal = pty.openpty()
+        self.addCleanup(os.close, main)
+        subprocess.run(["stty", "cols", str(columns)], stdin=terminal, check=True)
+        process = subprocess.Popen([PROGRAM, *map(str, arguments)], stdout=terminal, stderr=terminal,
+                                   env=self.environment())
+        os.close(terminal)
+        output = b""
+        while select.select([main], [], [], 10)[0]:
+            try:
+                output += os.read(main, 4096)
+            except OSError:
+                break
+        self.assertEqual(process.wait(), status, output)
+        return output.decode()
 
-    def check_export(self, tracks=TRACKS, names=None):
-        """Everything exported is there byte for byte, and nothing else."""
+    def exported_files(self):
+        """All but what an export remembers."""
+        files = (str(f.relative_to(self.out)) for f in self.out.rglob("*") if not f.is_dir())
+        return sorted(file for file in files if file != JOURNAL)
+
+    def check_export(self, tracks=TRACKS, names=None, others=()):
+        """Everything exported is there byte for byte, and nothing else but other files of those names."""
         names = EXPORTED if names is None else names
-        self.assertEqual(self.exported_files(), sorted(names))
+        self.assertEqual(self.exported_files(), sorted([*names, *others]))
         for number, name in enumerate(names):
             self.assertEqual((self.out / name).read_bytes(), contents_of(number), name)
 

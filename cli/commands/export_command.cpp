@@ -1,0 +1,243 @@
+#include <deque>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <unordered_set>
+
+#include "cli/base/paths.h"
+#include "cli/commands/commands.h"
+#include "cli/commands/export_steps.h"
+#include "cli/export/destination.h"
+#include "cli/export/export_run.h"
+#include "cli/export/flusher.h"
+#include "cli/export/journal.h"
+#include "cli/export/plan.h"
+#include "cli/export/playlist_files.h"
+#include "cli/export/report.h"
+#include "cli/export/verification.h"
+#include "cli/naming/safe_names.h"
+#include "cli/naming/track_namer.h"
+#include "cli/source/device_source.h"
+#include "cli/source/folder_source.h"
+#include "cli/source/reading.h"
+#include "cli/system/system.h"
+#include "cli/text/folding.h"
+#include "cli/text/formats.h"
+#include "cli/text/utf8.h"
+
+namespace quaylink::cli {
+namespace {
+
+NamePattern PatternIn(const ExportOptions& options) {
+  try {
+    return NamePattern(options.pattern);
+  } catch (const std::invalid_argument& error) {
+    throw Failure("--name " + options.pattern + ": " + error.what(), kUsage);
+  }
+}
+
+// What is to be exported: tracks of the collection, and files that it does not name.
+struct Selection {
+  std::optional<Collection> collection;
+  std::string problem;             // of the collection
+  std::vector<std::string> items;  // what the journal knows each of its tracks by
+  std::vector<WantedTrack> tracks;
+  std::deque<std::string> locations;  // of the files
+  std::size_t unnamed = 0;            // files that stay behind
+};
+
+class Selector {
+ public:
+  Selector(const Program& program, const ExportOptions& options, Source& source,
+           const NameLimits& limits)
+      : program_(program), options_(options), source_(source), limits_(limits) {}
+
+  Selection Make(const NamePattern& pattern) {
+    ReadCollection();
+    if (selection_.collection) AddTracks(pattern);
+    AddUnnamed();
+    return std::move(selection_);
+  }
+
+ private:
+  void ReadCollection() {
+    try {
+      selection_.collection = source_.ReadCollection();
+      TellProblem(program_, *selection_.collection);
+      selection_.problem = selection_.collection->Problem();
+    } catch (const Failure& failure) {
+      if (!options_.rescue) throw;
+      selection_.problem = failure.what();
+      program_.Complain(selection_.problem);
+    }
+  }
+
+  // What names are like depends on all tracks, so that a filter does not change any.
+  void AddTracks(const NamePattern& pattern) {
+    const std::vector<Track>& tracks = selection_.collection->Tracks();
+    const TrackSelection chosen(options_.filter, *selection_.collection);
+    const TrackNamer namer(pattern, tracks, limits_);
+    selection_.items = ItemsOf(tracks);
+    for (const Track& track : tracks) {
+      if (!chosen.Holds(track)) continue;
+      selection_.tracks.push_back({track, selection_.items[track.index], namer.WantedPath(track)});
+    }
+  }
+
+  void AddUnnamed() {
+    std::unordered_set<std::string> named;
+    if (selection_.collection) {
+      for (const Track& track : selection_.collection->Tracks()) {
+        named.insert(LowerCase(DevicePathOf(track.location)));
+      }
+    }
+    for (const Source::MusicFile& file : source_.MusicFiles()) {
+      const std::string path = DevicePathOf(file.location);
+      if (named.contains(LowerCase(path))) continue;
+      if (!options_.rescue) {
+        ++selection_.unnamed;
+        continue;
+      }
+      Track track;
+      track.title = track.artist = track.album = "";
+      track.location = selection_.locations.emplace_back(file.location).c_str();
+      track.index = static_cast<std::uint32_t>(
+          (selection_.collection ? selection_.collection->Tracks().size() : 0) +
+          selection_.locations.size() - 1);
+      selection_.tracks.push_back({track, ItemOf(path), RescuedName(path)});
+    }
+  }
+
+  // "/iPod_Control/Music/F05/ABCD.mp3" becomes "Rescued/F05/ABCD.mp3".
+  std::string RescuedName(std::string_view path) const {
+    std::vector<std::string> components = {"Rescued"};
+    std::size_t depth = 0;
+    while (!path.empty()) {
+      path.remove_prefix(1);
+      const std::size_t end = std::min(path.find('/'), path.size());
+      if (++depth > 2) components.emplace_back(path.substr(0, end));
+      path.remove_prefix(end);
+    }
+    return SafePath(components, FileKinds::kMedia, limits_);
+  }
+
+  const Program& program_;
+  const ExportOptions& options_;
+  Source& source_;
+  NameLimits limits_;
+  Selection selection_;
+};
+
+// The device's own way to be found.
+struct OpenSource {
+  explicit OpenSource(const Program& program, const std::string& from) {
+    if (!from.empty()) {
+      source = std::make_unique<FolderSource>(PathOf(from));
+      return;
+    }
+    library.emplace(program);
+    library->RequireDevice();
+    source = std::make_unique<DeviceSource>(*library);
+  }
+
+  std::optional<Library> library;
+  std::unique_ptr<Source> source;
+};
+
+Plan PlanFor(const Selection& selection, Source& source, Destination& destination,
+             const Journal& journal) {
+  static const std::vector<QuaylinkPlaylist> kNone;
+  const auto& playlists = selection.collection ? selection.collection->Playlists() : kNone;
+  Plan plan = MakePlan(PlayerOf(playlists, selection.tracks, journal), selection.tracks, source,
+                       destination, journal);
+  plan.unnamed = selection.unnamed;
+  plan.problem = selection.problem;
+  return plan;
+}
+
+// Names of all tracks' copies: those of this run, and of earlier ones.
+std::vector<std::string> CopiesOf(const std::vector<std::string>& items, const Plan& plan,
+                                  const std::vector<Fate>& fates, const Journal& journal) {
+  std::vector<std::string> copies(items.size());
+  for (std::size_t i = 0; i < items.size(); ++i) {
+    const Record* record = journal.Find(plan.player, items[i]);
+    if (record) copies[i] = record->name;
+  }
+  for (std::size_t i = 0; i < plan.tracks.size(); ++i) {
+    const PlannedTrack& track = plan.tracks[i];
+    if (track.track.index >= copies.size()) continue;
+    const bool there = fates[i] != Fate::kFailed && fates[i] != Fate::kPending;
+    copies[track.track.index] = there ? track.name : "";
+  }
+  return copies;
+}
+
+int RunExport(const Program& program, const ExportOptions& options, Source& source,
+              const Selection& selection, const NameLimits& limits) {
+  Destination destination(PathOf(options.destination), Destination::Use::kWrite);
+  const std::string obstacle = source.ObstacleIn(destination.Parts());
+  if (!obstacle.empty()) throw Failure(Shown(destination.Path()) + ": " + obstacle);
+  Journal journal(destination);
+  Plan plan = PlanFor(selection, source, destination, journal);
+  RequireRoom(destination, plan);
+  ExportReport report(program, destination, plan, ReportKind::kExport);
+  FinishCopiesOnInterrupt(program);
+  if (program.tellsEvents) InterruptWhenInputEnds();
+  report.Start();
+  Flusher flusher(destination, journal);
+  ExportRun run(source, destination, journal, plan, flusher, report);
+  run.Run();
+  bool playlistsWritten = true;
+  if (selection.collection && !options.noPlaylists && report.Left() == 0) {
+    const PlaylistExport playlists = {*selection.collection,
+                                      CopiesOf(selection.items, plan, run.Fates(), journal),
+                                      options.filter.playlists, limits};
+    playlistsWritten = ExportPlaylists(playlists, plan, destination, journal, flusher, report);
+  }
+  run.Finish();
+  int status = StatusAfter(report, plan, run.StoppedBy());
+  if (!playlistsWritten) status = kFailure;
+  report.End(status, run.StoppedBy());
+  return status;
+}
+
+int RunVerification(const Program& program, const ExportOptions& options, Source& source,
+                    const Selection& selection) {
+  Destination destination(PathOf(options.destination), Destination::Use::kWrite);
+  const Journal journal(destination);
+  Plan plan = PlanFor(selection, source, destination, journal);
+  plan.bytes = 0;
+  for (const PlannedTrack& track : plan.tracks) plan.bytes += track.facts.size;
+  ExportReport report(program, destination, plan, ReportKind::kVerification);
+  DeferInterrupts("");
+  if (program.tellsEvents) InterruptWhenInputEnds();
+  report.Start();
+  const Stop stop = Verify(source, destination, journal, plan, report);
+  const int status = StatusAfter(report, plan, stop);
+  report.End(status, stop);
+  return status;
+}
+
+int ShowPlan(const Program& program, const ExportOptions& options, Source& source,
+             const Selection& selection) {
+  Destination destination(PathOf(options.destination), Destination::Use::kLook);
+  const Journal journal(destination);
+  const Plan plan = PlanFor(selection, source, destination, journal);
+  const int status = plan.problem.empty() ? kSuccess : kFailure;
+  ExportReport(program, destination, plan, ReportKind::kDryRun).ShowPlan(status);
+  return status;
+}
+
+}  // namespace
+
+int Export(const Program& program, const ExportOptions& options) {
+  const NamePattern pattern = PatternIn(options);
+  const NameLimits limits = LimitsBelow(PathOf(options.destination));
+  const OpenSource open(program, options.from);
+  const Selection selection = Selector(program, options, *open.source, limits).Make(pattern);
+  if (options.dryRun) return ShowPlan(program, options, *open.source, selection);
+  if (options.verify) return RunVerification(program, options, *open.source, selection);
+  return RunExport(program, options, *open.source, selection, limits);
+}
+
+}  // namespace quaylink::cli

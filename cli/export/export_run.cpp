@@ -1,0 +1,191 @@
+#include "cli/export/export_run.h"
+
+#include <system_error>
+#include <utility>
+
+#include "cli/base/paths.h"
+#include "cli/export/comparison.h"
+#include "cli/system/system.h"
+
+namespace quaylink::cli {
+
+ExportRun::ExportRun(Source& source, Destination& destination, Journal& journal, Plan& plan,
+                     Flusher& flusher, ExportReport& report)
+    : source_(source),
+      destination_(destination),
+      journal_(journal),
+      plan_(plan),
+      report_(report),
+      flusher_(flusher),
+      fates_(plan.tracks.size(), Fate::kPending) {}
+
+void ExportRun::Run() {
+  for (; current_ < plan_.tracks.size() && stop_ == Stop::kNone; ++current_) {
+    if (InterruptRequested()) {
+      stop_ = Stop::kInterrupt;
+      return;
+    }
+    PlannedTrack& track = plan_.tracks[current_];
+    const Outcome outcome = Export(track);
+    fates_[current_] = outcome.fate;
+    report_.Tell(track, outcome.fate, outcome.bytes, outcome.problem);
+    stop_ = flusher_.Error() ? Stop::kDestination : outcome.stop;
+  }
+}
+
+ExportRun::Outcome ExportRun::Export(PlannedTrack& track) {
+  if (track.action == Action::kNone) return {Fate::kFailed, track.problem};
+  if (track.action == Action::kKeep && track.movesFrom.empty()) return {Fate::kKept, {}};
+  LookAgain(track);
+  // What is to be checked moves when it has turned out to be the track's.
+  if (!track.movesFrom.empty() && track.action != Action::kCheck) {
+    Outcome outcome = Move(track);
+    if (outcome.fate == Fate::kFailed || track.action == Action::kKeep) return outcome;
+  }
+  report_.Begin(track);
+  return Copy(track);
+}
+
+void ExportRun::LookAgain(PlannedTrack& track) {
+  if (!track.ours || track.action == Action::kCopy) return;
+  const bool moves = !track.movesFrom.empty();
+  const Entry there = destination_.Look(moves ? track.movesFrom : track.name);
+  if (there.kind == EntryKind::kFile && there.facts == track.copy) return;
+  // Somebody is working on it.
+  if (!moves && there.kind != EntryKind::kMissing) {
+    track.name = FreeName(track.wanted, plan_.names, destination_);
+  }
+  track.movesFrom.clear();
+  track.action = Action::kCopy;
+}
+
+ExportRun::Outcome ExportRun::Move(PlannedTrack& track) {
+  // Of the file that it is a copy of nothing changes.
+  Record record = *journal_.Find(plan_.player, track.item);
+  record.wanted = track.wanted;
+  record.name = track.name;
+  journal_.Announce(record);
+  if (const std::error_code error = destination_.Move(track.movesFrom, track.name)) {
+    track.name = track.movesFrom;
+    return {Fate::kFailed,
+            destination_.Shown(track.name) + ": cannot be renamed: " + ReasonOf(error)};
+  }
+  Remember(std::move(record));
+  return {Fate::kMoved, {}};
+}
+
+ExportRun::Outcome ExportRun::Copy(PlannedTrack& track) {
+  const std::string part = destination_.NewPart();
+  const FetchResult result =
+      source_.Fetch(track.track.location, destination_.Parts(), part,
+                    [this](std::uint64_t bytes) { report_.Progress(bytes); });
+  if (!result.Good()) return Failed(track.name, result);
+  switch (track.action) {
+    case Action::kCheck:
+      return Settle(track, part);
+    case Action::kReplace:
+      return Place(track, part, true, Fate::kReplaced);
+    default:
+      return Place(track, part, false, Fate::kCopied);
+  }
+}
+
+ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& part) {
+  std::error_code error;
+  const bool moves = !track.movesFrom.empty();
+  File there = destination_.OpenFile(moves ? track.movesFrom : track.name, error);
+  File fetched = destination_.Parts().OpenFile(part, error);
+  const Likeness likeness =
+      there.IsOpen() && fetched.IsOpen() ? Compare(there, fetched) : Likeness::kUnread;
+  const FileFacts copy = there.IsOpen() ? there.Facts(error) : FileFacts();
+  there.Close();
+  fetched.Close();
+  // What lost its end was this track's copy; anything else is somebody's work.
+  const bool isCut = track.ours && likeness == Likeness::kCut;
+  Outcome outcome = {Fate::kKept, {}};
+  if (moves && (isCut || likeness == Likeness::kSame)) outcome = Move(track);
+  if (likeness == Likeness::kSame || outcome.fate == Fate::kFailed) {
+    destination_.RemovePart(part);
+    if (outcome.fate != Fate::kFailed) Remember(RecordOf(track, copy));
+    return outcome;
+  }
+  if (isCut) return Place(track, part, true, Fate::kReplaced);
+  if (!moves) track.name = FreeName(track.wanted, plan_.names, destination_);
+  return Place(track, part, false, Fate::kCopied);
+}
+
+ExportRun::Outcome ExportRun::Place(PlannedTrack& track, const std::string& part, bool replaces,
+                                    Fate fate) {
+  const FileFacts copy = destination_.Parts().Look(part).facts;
+  Record record = RecordOf(track, copy);
+  journal_.Announce(record);
+  std::error_code error = destination_.Place(part, track.name, replaces);
+  if (error == std::errc::file_exists) {
+    // Somebody was quicker.
+    track.name = FreeName(track.wanted, plan_.names, destination_);
+    record.name = track.name;
+    journal_.Announce(record);
+    error = destination_.Place(part, track.name, false);
+  }
+  if (error) {
+    destination_.RemovePart(part);
+    return Refused(track.name, error);
+  }
+  Remember(std::move(record));
+  if (copy.size == 0) report_.Complain(track.title + ": its file on the device is empty");
+  return {fate, {}, copy.size};
+}
+
+ExportRun::Outcome ExportRun::Failed(const std::string& name, const FetchResult& result) {
+  const bool isOurs =
+      result.kind == FetchResult::Kind::kRefused || result.kind == FetchResult::Kind::kFull;
+  const bool isFull = result.kind == FetchResult::Kind::kFull;
+  Outcome outcome = {Fate::kFailed, result.problem, 0, isFull ? Stop::kDestination : Stop::kNone};
+  if (isOurs) outcome.problem = destination_.Shown(name) + ": " + result.problem;
+  // Without its source every copy would fail, on a phone after a wait.
+  if (!isOurs && !source_.Answers()) {
+    outcome = {Fate::kFailed, source_.Name() + " has gone away, or does not answer any more", 0,
+               Stop::kSource};
+  }
+  return outcome;
+}
+
+ExportRun::Outcome ExportRun::Refused(const std::string& name, const std::error_code& error) {
+  return Failed(name, NotTaken(error));
+}
+
+Record ExportRun::RecordOf(const PlannedTrack& track, const FileFacts& copy) const {
+  Record record;
+  record.player = plan_.player;
+  record.item = track.item;
+  record.location = LocationOf(track.track);
+  record.source = track.facts;
+  record.wanted = track.wanted;
+  record.name = track.name;
+  record.copy = copy;
+  return record;
+}
+
+void ExportRun::Remember(Record record) {
+  flusher_.Add(std::move(record));
+  remembered_.push_back(current_);
+}
+
+void ExportRun::Finish() {
+  flusher_.Finish();
+  journal_.Flush();
+  const std::error_code error = flusher_.Error();
+  if (!error) return;
+  stop_ = Stop::kDestination;
+  // Where the disk did not take what it was given, a copy may look whole and not be.
+  for (std::size_t i = flusher_.DurableCount(); i < remembered_.size(); ++i) {
+    const PlannedTrack& track = plan_.tracks[remembered_[i]];
+    if (fates_[remembered_[i]] == Fate::kFailed) continue;
+    report_.TellLost(
+        track, fates_[remembered_[i]],
+        destination_.Shown(track.name) + ": may not have reached the disk: " + ReasonOf(error));
+    fates_[remembered_[i]] = Fate::kFailed;
+  }
+}
+
+}  // namespace quaylink::cli

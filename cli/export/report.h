@@ -1,0 +1,76 @@
+// What an export tells as it goes, and in the end: to people, or to programs as a line of JSON for
+// each event.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "cli/base/program.h"
+#include "cli/export/plan.h"
+#include "cli/output/progress.h"
+
+namespace quaylink::cli {
+
+enum class ReportKind { kExport, kVerification, kDryRun };
+
+// What became of a track. kPending is what a run that ended early leaves.
+enum class Fate { kPending, kCopied, kReplaced, kKept, kMoved, kFailed };
+inline constexpr std::size_t kFates = 6;
+
+// What ended a run before its end.
+enum class Stop { kNone, kInterrupt, kSource, kDestination };
+
+// Tells programs that a command fails, as its last event. Does nothing where events are not told.
+void TellFailure(const Program& program, const std::string& message, int status);
+
+class ExportReport {
+ public:
+  ExportReport(const Program& program, const Destination& destination, const Plan& plan,
+               ReportKind kind);
+
+  // Shows the plan of a dry run.
+  void ShowPlan(int status);
+
+  // A real run: what is to be done, bytes as they come, what became of each track, and the end.
+  void Start();
+  void Begin(const PlannedTrack& track);
+  void Progress(std::uint64_t bytes);
+  void Tell(const PlannedTrack& track, Fate fate, std::uint64_t copiedBytes,
+            const std::string& problem);
+  // What was told of a track does not hold any more.
+  void TellLost(const PlannedTrack& track, Fate toldFate, const std::string& problem);
+  void TellPlaylist(const std::string& name, const std::string& problem = {});
+  void End(int status, Stop stop);
+
+  std::size_t Count(Fate fate) const { return counts_[static_cast<std::size_t>(fate)]; }
+  // Tracks that have not been told of.
+  std::size_t Left() const;
+  void Complain(const std::string& message);
+
+ private:
+  void Print(const std::string& line);
+  // For programs.
+  const char* NameOf(Fate fate) const;
+  void TellProgress();
+  std::string Summary() const;
+  std::string Advice(Stop stop) const;
+  void NoteUnnamed() const;
+
+  const Program& program_;
+  const Destination& destination_;
+  const Plan& plan_;
+  ReportKind kind_;
+  bool tellsCopies_;
+  ProgressBar bar_;
+  std::array<std::size_t, kFates> counts_ = {};
+  std::uint64_t copiedBytes_ = 0;  // of whole copies
+  // Of those to be fetched: of the tracks before the one under way, and of this one.
+  std::uint64_t bytesBefore_ = 0;
+  std::uint64_t bytesOfTrack_ = 0;
+  const PlannedTrack* track_ = nullptr;  // under way
+  Throttle throttle_;
+};
+
+}  // namespace quaylink::cli
