@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <stdexcept>
+#include <system_error>
 
 #include "samples/sample_music.h"
 
@@ -42,6 +44,16 @@ void MakePlayer(const fs::path& machine) {
   WriteString(drives / "c" / "iPod_Control" / "Music" / "a backup, on a fixed drive.txt", "");
   WriteString(drives / "d" / "Pictures" / "a memory stick.txt", "");
   WriteMusic(drives / "e", "iPod_Control");
+}
+
+// The folder of the stand-in libraries that belong to this program: as it is built, or installed.
+fs::path OwnPhoneLibraries() {
+  std::error_code error;
+  const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+  for (const char* place : {"stand_in_phone/libraries", QUAYLINK_STAND_IN_PHONE}) {
+    if (fs::exists(folder / place, error)) return folder / place;
+  }
+  throw std::runtime_error("the stand-in libraries are missing; name their folder");
 }
 
 // A machine with a phone. Its file system is the folder "phone", which the stand-in for the
@@ -106,13 +118,14 @@ int Run(int argc, char** argv) {
   player->add_option("FOLDER", destination, "The machine's folder")->required();
   CLI::App* phone = app.add_subcommand("phone", "Make a machine with a phone attached");
   phone->add_option("FOLDER", destination, "The machine's folder")->required();
-  phone->add_option("LIBRARIES", libraries, "The folder of the two stand-in libraries")->required();
+  phone->add_option("LIBRARIES", libraries,
+                    "The folder of the two stand-in libraries, where it is another");
   CLI::App* seeds = app.add_subcommand("seeds", "Write a folder of small databases for fuzzers");
   seeds->add_option("FOLDER", destination, "The folder to write")->required();
   CLI11_PARSE(app, argc, argv);
 
   if (*player) MakePlayer(destination);
-  if (*phone) MakePhone(destination, libraries);
+  if (*phone) MakePhone(destination, libraries.empty() ? OwnPhoneLibraries() : libraries);
   if (*seeds) MakeSeeds(destination);
   if (*database) {
     const Library library =
