@@ -174,6 +174,7 @@ std::vector<std::string> CopiesOf(const std::vector<std::string>& items, const P
 
 int RunExport(const Program& program, const ExportOptions& options, Source& source,
               const Selection& selection, const NameLimits& limits) {
+  FinishOnInterrupt(program);
   Destination destination(PathOf(options.destination), Destination::Use::kWrite);
   const std::string obstacle = source.ObstacleIn(destination.Parts());
   if (!obstacle.empty()) throw Failure(Shown(destination.Path()) + ": " + obstacle);
@@ -181,7 +182,6 @@ int RunExport(const Program& program, const ExportOptions& options, Source& sour
   Plan plan = PlanFor(selection, source, destination, journal);
   RequireRoom(destination, plan);
   ExportReport report(program, destination, plan, ReportKind::kExport);
-  FinishCopiesOnInterrupt(program);
   if (program.tellsEvents) InterruptWhenInputEnds();
   report.Start();
   Flusher flusher(destination, journal);
@@ -203,13 +203,13 @@ int RunExport(const Program& program, const ExportOptions& options, Source& sour
 
 int RunVerification(const Program& program, const ExportOptions& options, Source& source,
                     const Selection& selection) {
+  DeferInterrupts("");
   Destination destination(PathOf(options.destination), Destination::Use::kWrite);
   const Journal journal(destination);
   Plan plan = PlanFor(selection, source, destination, journal);
   plan.bytes = 0;
   for (const PlannedTrack& track : plan.tracks) plan.bytes += track.facts.size;
   ExportReport report(program, destination, plan, ReportKind::kVerification);
-  DeferInterrupts("");
   if (program.tellsEvents) InterruptWhenInputEnds();
   report.Start();
   const Stop stop = Verify(source, destination, journal, plan, report);

@@ -8,7 +8,7 @@ namespace quaylink::cli {
 namespace {
 
 constexpr std::string_view kFinishing =
-    "Finishing this copy; press Ctrl-C again to stop at once.\n";
+    "Finishing what is under way; press Ctrl-C again to stop at once.\n";
 
 }  // namespace
 
@@ -18,7 +18,7 @@ void RequireRoom(const Destination& destination, const Plan& plan) {
                 " are to be copied, " + ShownSize(plan.free) + " are free");
 }
 
-void FinishCopiesOnInterrupt(const Program& program) {
+void FinishOnInterrupt(const Program& program) {
   DeferInterrupts(program.quiet ? "" : kFinishing);
 }
 

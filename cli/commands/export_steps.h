@@ -13,8 +13,9 @@ namespace quaylink::cli {
 // Throws a Failure when a plan needs more room than there is.
 void RequireRoom(const Destination& destination, const Plan& plan);
 
-// From here on a copy under way is finished first.
-void FinishCopiesOnInterrupt(const Program& program);
+// From here on what is under way is finished, and what was made for it removed, before an
+// interruption ends the program.
+void FinishOnInterrupt(const Program& program);
 
 // How a run has ended: the program's exit status, and what the user should do next, or nothing.
 int StatusAfter(const ExportReport& report, const Plan& plan, Stop stop);

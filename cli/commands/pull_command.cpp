@@ -75,6 +75,7 @@ int PullFolder(const Program& program, const Library& library,
                const std::vector<std::string>& files, const std::string& destinationPath) {
   DeviceSource source(library);
   const std::optional<std::string> phone = PhoneOf(source);
+  FinishOnInterrupt(program);
   Destination destination(PathOf(destinationPath), Destination::Use::kWrite);
   Journal journal(destination);
   Plan plan =
@@ -85,7 +86,6 @@ int PullFolder(const Program& program, const Library& library,
     if (!phone && track.action == Action::kKeep) track.action = Action::kCheck;
   }
   ExportReport report(program, destination, plan, ReportKind::kExport);
-  FinishCopiesOnInterrupt(program);
   report.Start();
   Flusher flusher(destination, journal);
   ExportRun run(source, destination, journal, plan, flusher, report);

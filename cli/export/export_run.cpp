@@ -26,7 +26,13 @@ void ExportRun::Run() {
       return;
     }
     PlannedTrack& track = plan_.tracks[current_];
-    const Outcome outcome = Export(track);
+    Outcome outcome;
+    try {
+      outcome = Export(track);
+    } catch (const Failure& failure) {
+      // The journal takes no more.
+      outcome = {Fate::kFailed, failure.what(), 0, Stop::kDestination};
+    }
     fates_[current_] = outcome.fate;
     report_.Tell(track, outcome.fate, outcome.bytes, outcome.problem);
     stop_ = flusher_.Error() ? Stop::kDestination : outcome.stop;

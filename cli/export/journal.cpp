@@ -58,12 +58,13 @@ std::string KeyOf(const std::string& player, const std::string& item) {
   return player + '\n' + item;
 }
 
-// Whoever may write into the destination may have written the journal.
-bool StaysBelow(std::string_view name) {
+// Whoever may write into the destination may have written the journal. No copy's name begins with a
+// dot, as ".." does, and the journal's own.
+bool IsNameOfCopy(std::string_view name) {
   while (true) {
     const std::size_t slash = name.find('/');
     const std::string_view component = name.substr(0, slash);
-    if (component.empty() || component == "." || component == "..") return false;
+    if (component.empty() || component.front() == '.') return false;
     if (component.find_first_of(std::string_view("\\:\0", 3)) != std::string_view::npos) {
       return false;
     }
@@ -80,13 +81,14 @@ std::string DistinctItems::Add(std::string item) {
 }
 
 Journal::Journal(Destination& destination) : destination_(destination) {
+  if (destination.Look(kName).kind == EntryKind::kMissing) return;
   std::error_code error;
   File file = destination.OpenFile(kName, error);
-  if (!file.IsOpen()) return;
-  const std::uint64_t size = file.Facts(error).size;
-  if (size > kLargest) return;
-  std::string bytes(static_cast<std::size_t>(size), '\0');
-  bytes.resize(file.Read(bytes, error));
+  const std::uint64_t size = error ? 0 : file.Facts(error).size;
+  if (size > kLargest) error = std::make_error_code(std::errc::file_too_large);
+  std::string bytes(error ? 0 : static_cast<std::size_t>(size), '\0');
+  if (!error) bytes.resize(file.Read(bytes, error));
+  if (error) throw NotRead(ReasonOf(error));
   Read(bytes);
 }
 
@@ -109,7 +111,7 @@ void Journal::Read(const std::string& bytes) {
 }
 
 bool Journal::WasPlaced(const Record& record) const {
-  if (!StaysBelow(record.name)) return false;
+  if (!IsNameOfCopy(record.name)) return false;
   const Entry there = destination_.Look(record.name);
   if (there.kind != EntryKind::kFile) return false;
   // One that was renamed may have been cut before.
@@ -119,7 +121,9 @@ bool Journal::WasPlaced(const Record& record) const {
 }
 
 void Journal::ReadLine(const Json& json) {
-  if (json.contains("durable")) {
+  if (json.contains("journal")) {
+    if (json.at("format").get<int>() > kFormat) throw NotRead("a newer edition has written it");
+  } else if (json.contains("durable")) {
     const auto stop = std::min(json["durable"].get<std::size_t>(), kept_.size());
     for (auto i = json.at("from").get<std::size_t>(); i < stop; ++i) kept_[i].durable = true;
   } else if (json.contains("announced")) {
@@ -136,7 +140,7 @@ void Journal::ReadLine(const Json& json) {
 void Journal::Keep(Record record) {
   kept_.push_back(std::move(record));
   const Record& kept = kept_.back();
-  if (StaysBelow(kept.name)) records_[KeyOf(kept.player, kept.item)] = &kept;
+  if (IsNameOfCopy(kept.name)) records_[KeyOf(kept.player, kept.item)] = &kept;
 }
 
 const Record* Journal::Find(const std::string& player, const std::string& item) const {
@@ -197,6 +201,11 @@ bool Journal::MarkDurable(std::size_t count) {
 void Journal::Flush() {
   const std::lock_guard lock(mutex_);
   if (file_.IsOpen()) file_.Flush();
+}
+
+Failure Journal::NotRead(const std::string& reason) const {
+  return Failure(destination_.Shown(kName) + ": what was copied here before cannot be read: " +
+                 reason);
 }
 
 Failure Journal::NotWritten(const std::error_code& error) const {

@@ -50,7 +50,9 @@ class DistinctItems {
 
 class Journal {
  public:
-  // Reads what is there. What cannot be read, a line that was cut included, is not known.
+  // Reads what is there. Lines that cannot be understood, such as one that was cut, are not known.
+  // Throws a Failure when the file cannot be read: the one that would take its place would know
+  // none of the copies.
   explicit Journal(Destination& destination);
 
   // What is known of an item; null when nothing is.
@@ -78,6 +80,7 @@ class Journal {
   void Keep(Record record);
   void Begin();
   void Append(const std::string& line);
+  Failure NotRead(const std::string& reason) const;
   Failure NotWritten(const std::error_code& error) const;
 
   Destination& destination_;

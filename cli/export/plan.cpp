@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <utility>
 
+#include "cli/base/program.h"
+#include "cli/system/system.h"
 #include "cli/text/folding.h"
 #include "cli/text/formats.h"
 #include "cli/text/utf8.h"
@@ -20,7 +22,10 @@ class Planner {
 
   void Make(const std::vector<WantedTrack>& tracks) {
     journal_.ForEach([this](const Record& record) { plan_.names.Take(record.name); });
-    for (const WantedTrack& wanted : tracks) Add(wanted);
+    for (const WantedTrack& wanted : tracks) {
+      if (InterruptRequested()) throw Failure("interrupted before anything was copied", kInterrupted);
+      Add(wanted);
+    }
     plan_.room += twice_;
     plan_.free = destination_.FreeBytes();
   }

@@ -78,6 +78,7 @@ std::vector<std::string> ItemsOf(const std::vector<Track>& tracks);
 std::string ItemOf(std::string_view devicePath);
 std::string LocationOf(const Track& track);
 
+// Throws a Failure when it is interrupted.
 Plan MakePlan(const std::string& player, const std::vector<WantedTrack>& tracks, Source& source,
               Destination& destination, const Journal& journal);
 

@@ -106,17 +106,20 @@ class Writer {
     if (!error) error = file.Write(contents);
     if (!error) record.copy = file.Facts(error);
     if (!error) error = file.Close();
-    if (!error) journal_.Announce(record);
-    if (!error) error = destination_.Place(part, record.name, replaces);
-    if (error) {
-      destination_.RemovePart(part);
-      report_.TellPlaylist(
-          record.name, destination_.Shown(record.name) + ": cannot be written: " + ReasonOf(error));
-      return false;
+    std::string problem;
+    try {
+      if (!error) journal_.Announce(record);
+      if (!error) error = destination_.Place(part, record.name, replaces);
+      if (!error) flusher_.Add(record);
+      if (error) {
+        problem = destination_.Shown(record.name) + ": cannot be written: " + ReasonOf(error);
+      }
+    } catch (const Failure& failure) {
+      problem = failure.what();
     }
-    report_.TellPlaylist(record.name, {});
-    flusher_.Add(std::move(record));
-    return true;
+    if (!problem.empty()) destination_.RemovePart(part);
+    report_.TellPlaylist(record.name, problem);
+    return problem.empty();
   }
 
   Plan& plan_;

@@ -138,7 +138,7 @@ class Phone(ProgramTest):
         output, errors = (text.decode() for text in process.communicate(timeout=60))
         self.assertEqual(process.returncode, 130)
         self.assertIn("2 copied (60.0 kB), 0 already there, 0 failed, 3 not reached", output)
-        self.assertEqual(errors, "Finishing this copy; press Ctrl-C again to stop at once.\n"
+        self.assertEqual(errors, "Finishing what is under way; press Ctrl-C again to stop at once.\n"
                          "Interrupted. Run the same command again to copy the rest.\n")
         self.assertEqual(self.exported_files(), sorted(EXPORTED[:2]))
         self.assertIn("3 copied", self.run_program("export", self.out)[0])
