@@ -53,9 +53,9 @@ TemporaryFile::TemporaryFile(const fs::path& folder) : file_(CreateIn(folder)) {
 
 std::error_code TemporaryFile::MoveTo(const fs::path& target) const {
   std::error_code error;
+  // Some folders may be written to and not be read.
   const Folder folder = Folder::Open(file_.path.parent_path(), error);
-  if (error) return error;
-  folder.MakeOrdinary(Utf8Of(file_.path.filename()));
+  if (folder.IsOpen()) folder.MakeOrdinary(Utf8Of(file_.path.filename()));
   fs::rename(file_.path, target, error);
   return error;
 }

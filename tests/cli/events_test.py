@@ -147,7 +147,8 @@ class Events(ExportTest):
             with self.subTest(name):
                 self.out = self.folder / name
                 theirs, ours = make()
-                process = self.start("export", "--json", "--from", self.player, self.out, stdin=theirs)
+                # What a buffer would read ahead, communicate would not see.
+                process = self.start("export", "--json", "--from", self.player, self.out, stdin=theirs, bufsize=0)
                 os.close(theirs)
                 process.stdout.readline()
                 os.close(ours)
@@ -258,7 +259,7 @@ class Events(ExportTest):
 
     def test_input_that_ends_cancels_a_pull(self):
         self.attach_phone_with_pictures(400)
-        process = self.start("pull", "--json", "/DCIM", self.out, stdin=subprocess.PIPE)
+        process = self.start("pull", "--json", "/DCIM", self.out, stdin=subprocess.PIPE, bufsize=0)
         process.stdout.readline()
         process.stdin.close()
         process.stdin = None
