@@ -147,11 +147,11 @@ HeldFile CreateHeldFile(const std::filesystem::path& folder, std::string_view pr
     std::string path = name;
     const int descriptor = mkostemps(path.data(), static_cast<int>(suffix.size()), O_CLOEXEC);
     if (descriptor < 0) throw std::filesystem::filesystem_error("held file", name, LastError());
+    // A file system without locks lets nobody else have it, either.
+    const bool held = flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     struct stat status = {};
     // Before the lock was held, another run may have taken the file for a forsaken one.
-    const bool held = flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
-                      fstat(descriptor, &status) == 0 && status.st_nlink > 0;
-    if (held) return {path, descriptor};
+    if (held && fstat(descriptor, &status) == 0 && status.st_nlink > 0) return {path, descriptor};
     close(descriptor);
   }
 }
