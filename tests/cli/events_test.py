@@ -58,7 +58,7 @@ class Events(ExportTest):
                 self.assertEqual(json.loads(output), {"event": "end", "format": 1, "status": status,
                                                       "error": errors.removeprefix("quaylink: ").rstrip("\n")})
 
-    def test_progress_names_the_track_under_way_and_reaches_the_total(self):
+    def test_progress_names_the_tracks_under_way_and_counts_what_came(self):
         self.export()
         (self.out / EXPORTED[1]).unlink()
         (self.out / EXPORTED[4]).unlink()
@@ -80,7 +80,7 @@ class Events(ExportTest):
             self.assertEqual(list(fates), list(range(len(TRACKS))))
             sizes = [len(contents_of(number)) for number in fetched]
             self.assertEqual(start["bytes"], sum(sizes))
-            self.assertIn(bytes_before, (sum(sizes), sum(sizes[:-1])))
+            self.assertLessEqual(bytes_before, sum(sizes))
             self.assertEqual(end["status"], 0)
             # Each track has one fate.
             self.assertEqual(sum(end.get(fate, 0) for fate in (
