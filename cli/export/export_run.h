@@ -68,9 +68,9 @@ class ExportRun {
   ExportReport& report_;
   Flusher& flusher_;
   std::vector<Fate> fates_;
-  std::vector<std::size_t> remembered_;  // tracks of the plan, in the order of the journal
-  std::size_t next_ = 0;                 // of the plan, to be taken on
-  std::size_t told_ = 0;                 // so many have been told of
+  std::vector<std::size_t> remembered_;      // tracks of the plan, in the order of the journal
+  std::size_t next_ = 0;                     // of the plan, to be taken on
+  std::size_t told_ = 0;                     // so many have been told of
   std::map<std::size_t, Outcome> outcomes_;  // of others
   Stop stop_ = Stop::kNone;
   std::exception_ptr failure_;  // of a thread
