@@ -103,6 +103,7 @@ ExportRun::Outcome ExportRun::Move(PlannedTrack& track) {
   record.name = track.name;
   journal_.Announce(record);
   if (const std::error_code error = destination_.Move(track.movesFrom, track.name)) {
+    journal_.TakeBack();
     track.name = track.movesFrom;
     return {Fate::kFailed,
             destination_.Shown(track.name) + ": cannot be renamed: " + ReasonOf(error)};
@@ -165,12 +166,14 @@ ExportRun::Outcome ExportRun::Place(PlannedTrack& track, const std::string& part
   std::error_code error = destination_.Place(part, track.name, replaces);
   if (error == std::errc::file_exists) {
     // Somebody was quicker.
+    journal_.TakeBack();
     track.name = FreeName(track.wanted, plan_.names, destination_);
     record.name = track.name;
     journal_.Announce(record);
     error = destination_.Place(part, track.name, false);
   }
   if (error) {
+    journal_.TakeBack();
     destination_.RemovePart(part);
     return Refused(track.name, error);
   }

@@ -33,16 +33,9 @@ std::string LineOf(const Record& record) {
   return JsonLine(JsonOf(record));
 }
 
-std::string AnnouncementOf(const Record& record) {
-  Json json = JsonOf(record);
-  json["announced"] = true;
-  return JsonLine(json);
-}
-
-// Of the copy that was announced last.
-const std::string& PlacedLine() {
-  static const std::string line = JsonLine({{"placed", true}});
-  return line;
+// Of the copy in the line before.
+std::string TakenBackLine() {
+  return JsonLine({{"placed", false}});
 }
 
 // Lines of copies are counted from the journal's first.
@@ -114,8 +107,8 @@ void Journal::Read(const std::string& bytes) {
     }
   }
   // The run that announced it may have been killed before or after the copy got its name.
-  if (announced_ && WasPlaced(*announced_)) Keep(*announced_);
-  announced_.reset();
+  if (announced_ && !WasPlaced(*announced_)) announced_.reset();
+  KeepAnnounced();
 }
 
 bool Journal::WasPlaced(const Record& record) const {
@@ -132,17 +125,23 @@ void Journal::ReadLine(const Json& json) {
   if (json.contains("journal")) {
     if (json.at("format").get<int>() > kFormat) throw NotRead("a newer edition has written it");
   } else if (json.contains("durable")) {
-    const auto stop = std::min(json["durable"].get<std::size_t>(), kept_.size());
+    const auto end = json["durable"].get<std::size_t>();
+    // Another one may have been announced meanwhile.
+    if (end > kept_.size()) KeepAnnounced();
+    const auto stop = std::min(end, kept_.size());
     for (auto i = json.at("from").get<std::size_t>(); i < stop; ++i) kept_[i].durable = true;
-  } else if (json.contains("announced")) {
-    announced_ = RecordOf(json);
   } else if (json.contains("item")) {
-    Keep(RecordOf(json));
-    announced_.reset();
-  } else if (json.contains("placed") && announced_) {
-    Keep(std::move(*announced_));
+    Record record = RecordOf(json);
+    KeepAnnounced();
+    announced_ = std::move(record);
+  } else if (json.contains("placed")) {
     announced_.reset();
   }
+}
+
+void Journal::KeepAnnounced() {
+  if (announced_) Keep(std::move(*announced_));
+  announced_.reset();
 }
 
 void Journal::Keep(Record record) {
@@ -163,7 +162,9 @@ void Journal::Begin() {
   file_ = destination_.Parts().MakeFile(part, error);
   std::string bytes = JsonLine({{"journal", "quaylink"}, {"format", kFormat}});
   std::size_t count = 0;
-  for (const bool durable : {true, false}) {
+  std::size_t durableFrom = 0;
+  for (const bool durable : {false, true}) {
+    durableFrom = count;
     for (const Record& record : kept_) {
       const auto known = records_.find(KeyOf(record.player, record.item));
       if (record.durable != durable || known == records_.end() || known->second != &record)
@@ -171,8 +172,8 @@ void Journal::Begin() {
       bytes += LineOf(record);
       ++count;
     }
-    if (durable) bytes += DurableLine(0, count);
   }
+  bytes += DurableLine(durableFrom, count);
   linesBefore_ = count;
   if (!error) error = file_.Write(bytes);
   if (!error) error = file_.Flush();
@@ -182,13 +183,19 @@ void Journal::Begin() {
 
 void Journal::Announce(const Record& record) {
   const std::lock_guard lock(mutex_);
-  Append(AnnouncementOf(record));
+  Append(LineOf(record));
   announced_ = record;
+}
+
+void Journal::TakeBack() {
+  const std::lock_guard lock(mutex_);
+  announced_.reset();
+  Append(TakenBackLine());
 }
 
 void Journal::Add(Record record) {
   const std::lock_guard lock(mutex_);
-  Append(announced_ == record ? PlacedLine() : LineOf(record));
+  if (announced_ != record) Append(LineOf(record));
   announced_.reset();
   Keep(std::move(record));
   added_.push_back(&kept_.back());

@@ -1,7 +1,8 @@
 // What a destination remembers of the exports into it: a line of JSON for each finished copy.
 //
-// A copy is announced before it gets its name, because a run may be killed between that and the
-// line that would tell of it. What was announced last counts when the copy stands there.
+// The line is written before the copy gets its name, because a run may be killed between that and a
+// line that would tell of it. The last line counts when the copy stands there; whatever comes
+// behind a line says that it does, or takes it back.
 //
 // The file is written anew by each run that adds to it, beside the old one, and takes its place
 // whole; lines are then appended one by one. A run that is killed loses no finished line. After a
@@ -64,9 +65,11 @@ class Journal {
     for (const auto& [key, record] : records_) visit(*record);
   }
 
-  // Says that a copy is about to get its name. Throws as Add does.
+  // Says that a copy is about to get its name. Throws a Failure when that cannot be written.
   void Announce(const Record& record);
-  // Says that it has it. Throws a Failure when the line cannot be written.
+  // Says that the one that was announced does not get it. Throws likewise.
+  void TakeBack();
+  // Says that a copy has its name, whether that was announced or not. Throws likewise.
   void Add(Record record);
   // Says that the first so many records that were added have reached the disk. Any thread may call
   // this. Where it cannot be written, the next run looks at them once more.
@@ -79,6 +82,7 @@ class Journal {
   void ReadLine(const Json& json);
   bool WasPlaced(const Record& record) const;
   void Keep(Record record);
+  void KeepAnnounced();
   void Begin();
   void Append(const std::string& line);
   Failure NotRead(const std::string& reason) const;
@@ -89,7 +93,7 @@ class Journal {
   std::deque<Record> kept_;  // stays where it is
   std::unordered_map<std::string, const Record*> records_;
   std::vector<Record*> added_;
-  std::optional<Record> announced_;  // and not known to have got its name
+  std::optional<Record> announced_;  // the last one, as long as it is not kept
   std::size_t linesBefore_ = 0;      // records that this run has found
   File file_;
   std::error_code broken_;  // why it takes no more lines

@@ -109,7 +109,10 @@ class Writer {
     std::string problem;
     try {
       if (!error) journal_.Announce(record);
-      if (!error) error = destination_.Place(part, record.name, replaces);
+      if (!error) {
+        error = destination_.Place(part, record.name, replaces);
+        if (error) journal_.TakeBack();
+      }
       if (!error) flusher_.Add(record);
       if (error) {
         problem = destination_.Shown(record.name) + ": cannot be written: " + ReasonOf(error);

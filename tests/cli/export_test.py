@@ -228,7 +228,8 @@ class Identity(ExportTest):
 
         def forget_from_the_last_name_on():
             journal = self.out / JOURNAL
-            journal.write_bytes(journal.read_bytes()[:journal.read_bytes().rindex(b'{"placed"')])
+            line = journal.read_bytes().rindex(b'{"player"')
+            journal.write_bytes(journal.read_bytes()[:journal.read_bytes().index(b"\n", line) + 1])
 
         for change, result in ((lambda: self.write(tracks), "moved"),
                                (lambda: self.music(4).write_bytes(b"longer" + contents_of(4)), "replaced")):
