@@ -204,8 +204,8 @@ void Journal::Flush() {
 }
 
 Failure Journal::NotRead(const std::string& reason) const {
-  return Failure(destination_.Shown(kName) + ": what was copied here before cannot be read: " +
-                 reason);
+  return Failure(destination_.Shown(kName) +
+                 ": what was copied here before cannot be read: " + reason);
 }
 
 Failure Journal::NotWritten(const std::error_code& error) const {
