@@ -20,7 +20,7 @@ void WriteFile(const fs::path& path, const std::string& contents) {
   std::ofstream(path, std::ios::binary) << contents;
 }
 
-std::optional<std::string> ReadFile(const fs::path& path) {
+std::optional<std::string> ReadIfThere(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
   if (!stream) return std::nullopt;
   return std::string(std::istreambuf_iterator<char>(stream), {});
@@ -62,7 +62,7 @@ TEST_F(FileCopy, GoodCopyReplacesWhatWasThereUnchangedByTheChecks) {
     WriteFile(file_, "older and longer contents");
     const CopyResult result = CopyBeside(JobOf("new", true, noticesWriteErrors), file_);
     EXPECT_TRUE(result.Good()) << result.problem;
-    EXPECT_EQ(ReadFile(file_), "new");
+    EXPECT_EQ(ReadIfThere(file_), "new");
     EXPECT_EQ(FilesInFolder(), 1u);
   }
 }
@@ -71,7 +71,7 @@ TEST_F(FileCopy, FailedCopyLeavesNoPartAndKeepsWhatWasThere) {
   WriteFile(file_, "older");
   const CopyResult result = CopyBeside(JobOf("half a so", false), file_);
   EXPECT_EQ(result.problem.substr(0, 10), "unreadable");
-  EXPECT_EQ(ReadFile(file_), "older");
+  EXPECT_EQ(ReadIfThere(file_), "older");
   EXPECT_EQ(FilesInFolder(), 1u);
 }
 

@@ -14,7 +14,7 @@ namespace quaylink::cli {
 namespace {
 
 // Grows when programs that read the events have to be changed.
-constexpr int kFormat = 1;
+constexpr int kEventFormat = 1;
 
 constexpr std::array<const char*, kFates> kFateNames = {"notReached", "copied", "replaced",
                                                         "skipped",    "moved",  "failed"};
@@ -68,7 +68,7 @@ Json JsonOf(const PlannedTrack& track, const Destination& destination) {
 void TellFailure(const Program& program, const std::string& message, int status) {
   if (!program.tellsEvents) return;
   Json json = EventOf("end");
-  json["format"] = kFormat;
+  json["format"] = kEventFormat;
   json["status"] = status;
   json["error"] = message;
   // What cannot be told any more is the output's own failure.
@@ -162,7 +162,7 @@ void ExportReport::ShowPlan(int status) {
 void ExportReport::Start() {
   if (!program_.tellsEvents) return;
   Json json = EventOf("start");
-  json["format"] = kFormat;
+  json["format"] = kEventFormat;
   json["command"] = kind_ == ReportKind::kVerification ? "verify" : "export";
   json["dryRun"] = kind_ == ReportKind::kDryRun;
   json["folder"] = Utf8Of(destination_.Path());
