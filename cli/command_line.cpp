@@ -32,13 +32,23 @@ std::string Examples(std::string_view lines) {
   return "Examples:\n" + std::string(lines);
 }
 
-void AddDestination(CLI::App& command, CopyOptions& options) {
+void AddDestination(CLI::App& command, std::string& destination) {
   command
-      .add_option("DEST", options.destination,
+      .add_option("DEST", destination,
                   "The file to write (or replace), or a folder to put a new file into")
       ->transform(ReadPath())
       ->required()
       ->type_name("PATH");
+}
+
+CLI::Option* AddDryRunOption(CLI::App& command, bool& dryRun) {
+  return command.add_flag("-n,--dry-run", dryRun,
+                          "Show what would be done and whether there is room for it");
+}
+
+void AddEventsOption(CLI::App& command, Program& program) {
+  command.add_flag("--json", program.tellsEvents,
+                   "Print a line of JSON for each event, as it happens");
 }
 
 void AddStatusCommand(CLI::App& app, Command& chosen) {
@@ -104,8 +114,7 @@ void AddExportCommand(CLI::App& app, Command& chosen, Program& program) {
       ->type_name("PATTERN")
       ->capture_default_str();
   AddFromOption(command, options.from);
-  CLI::Option* dryRun = command.add_flag(
-      "-n,--dry-run", options.dryRun, "Show what would be done and whether there is room for it");
+  CLI::Option* dryRun = AddDryRunOption(command, options.dryRun);
   command
       .add_flag("--verify", options.verify,
                 "Copy nothing: read every copy and its source again, and tell what differs")
@@ -113,8 +122,7 @@ void AddExportCommand(CLI::App& app, Command& chosen, Program& program) {
   command.add_flag("--rescue", options.rescue,
                    "Export the music files that the database does not name, too");
   command.add_flag("--no-playlists", options.noPlaylists, "Write no playlist files");
-  command.add_flag("--json", program.tellsEvents,
-                   "Print a line of JSON for each event, as it happens");
+  AddEventsOption(command, program);
   AddFilterOptions(command, options.filter);
   command.footer(
       "In a PATTERN, / parts folders, and braces hold a property as 'quaylink tracks --json' "
@@ -134,14 +142,14 @@ void AddCopyTrackCommand(CLI::App& app, Command& chosen) {
       ->check(RefuseMalformedNumber)
       ->required()
       ->type_name("");
-  AddDestination(command, options);
+  AddDestination(command, options.destination);
   command.footer(Examples(kCopyTrackExamples));
 }
 
 void AddCopyDatabaseCommand(CLI::App& app, Command& chosen) {
   auto [command, options] =
       Add(app, chosen, "copy-database", "Copy the device's music database", CopyDatabase);
-  AddDestination(command, options);
+  AddDestination(command, options.destination);
   command.footer(Examples(kCopyDatabaseExamples));
 }
 
@@ -152,7 +160,7 @@ void AddFilesCommand(CLI::App& app, Command& chosen) {
   command.footer(Examples(kFilesExamples));
 }
 
-void AddPullCommand(CLI::App& app, Command& chosen) {
+void AddPullCommand(CLI::App& app, Command& chosen, Program& program) {
   auto [command, options] =
       Add(app, chosen, "pull", "Copy any file of the device, or a folder of a phone", Pull);
   command
@@ -163,7 +171,9 @@ void AddPullCommand(CLI::App& app, Command& chosen) {
       ->transform(ReadDevicePath())
       ->required()
       ->type_name("");
-  AddDestination(command, options);
+  AddDestination(command, options.destination);
+  AddDryRunOption(command, options.dryRun);
+  AddEventsOption(command, program);
   command.footer(Examples(kPullExamples));
 }
 
@@ -195,7 +205,7 @@ Command ReadCommandLine(std::vector<std::string> arguments, Program& program) {
   AddCopyTrackCommand(app, chosen);
   AddCopyDatabaseCommand(app, chosen);
   AddFilesCommand(app, chosen);
-  AddPullCommand(app, chosen);
+  AddPullCommand(app, chosen, program);
   try {
     // The parser takes the arguments last one first.
     std::reverse(arguments.begin(), arguments.end());

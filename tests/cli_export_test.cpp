@@ -87,7 +87,7 @@ class ExportTo : public ScratchFolder {
     Destination destination(out_, Destination::Use::kWrite);
     Journal journal(destination);
     Plan plan = MakePlan(player, wanted_, source_, destination, journal);
-    ExportReport report(quiet_, destination, plan, ReportKind::kExport);
+    ExportReport report(quiet_, out_, plan, ReportKind::kExport);
     Flusher flusher(destination, journal);
     ExportRun run(source_, destination, journal, plan, flusher, report);
     run.Run();
@@ -238,7 +238,7 @@ TEST_F(ExportTo, FolderIsVerifiedByteForByte) {
   Destination destination(out_, Destination::Use::kWrite);
   const Journal journal(destination);
   const Plan plan = MakePlan("A", wanted_, source_, destination, journal);
-  ExportReport report(quiet_, destination, plan, ReportKind::kVerification);
+  ExportReport report(quiet_, out_, plan, ReportKind::kVerification);
   EXPECT_EQ(Verify(source_, destination, journal, plan, report), Stop::kNone);
   EXPECT_EQ(report.Count(Fate::kKept), 1u);
   EXPECT_EQ(report.Count(Fate::kFailed), 2u);

@@ -18,6 +18,11 @@ std::string Shown(const std::filesystem::path& path) {
   return MakePrintable(Utf8Of(path));
 }
 
+std::filesystem::path FolderOf(const std::filesystem::path& file) {
+  const std::filesystem::path folder = file.parent_path();
+  return folder.empty() ? "." : folder;
+}
+
 std::string ReasonOf(const std::error_code& error) {
   return FromLibrary(error.message());
 }

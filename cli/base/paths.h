@@ -16,6 +16,9 @@ std::string Utf8Of(const std::filesystem::path& path);
 // The path as messages show it.
 std::string Shown(const std::filesystem::path& path);
 
+// The folder in which a file of that path is.
+std::filesystem::path FolderOf(const std::filesystem::path& file);
+
 // What the system says about an error.
 std::string ReasonOf(const std::error_code& error);
 

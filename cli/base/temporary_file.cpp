@@ -4,6 +4,7 @@
 
 #include "cli/base/paths.h"
 #include "cli/base/program.h"
+#include "cli/system/folder.h"
 
 namespace quaylink::cli {
 namespace {
@@ -22,11 +23,14 @@ void RemoveForsakenFiles(const fs::path& folder) {
   }
 }
 
-HeldFile CreateFile() {
+HeldFile CreateIn(const fs::path& folder) {
+  RemoveForsakenFiles(folder);
+  return CreateHeldFile(folder, kPrefix, kPartSuffix);
+}
+
+HeldFile Create() {
   try {
-    const fs::path folder = fs::temp_directory_path();
-    RemoveForsakenFiles(folder);
-    return CreateHeldFile(folder, kPrefix, kPartSuffix);
+    return CreateIn(fs::temp_directory_path());
   } catch (const fs::filesystem_error& error) {
     throw Failure("no temporary file can be made: " + ReasonOf(error.code()));
   }
@@ -34,13 +38,26 @@ HeldFile CreateFile() {
 
 }  // namespace
 
-TemporaryFile::TemporaryFile() : file_(CreateFile()) {
-  RemoveOnInterrupt();
+TemporaryFile::TemporaryFile() : file_(Create()) {
+  SetRemovedOnInterrupt(file_.path);
   if (LocalPathForLibrary(file_.path)) return;
   RemoveHeldFile(file_);
   throw Failure(Shown(file_.path.parent_path()) +
                 ": this system's code page lacks a character of the temporary folder's name; "
                 "set TMP to another folder");
+}
+
+TemporaryFile::TemporaryFile(const fs::path& folder) : file_(CreateIn(folder)) {
+  SetRemovedOnInterrupt(file_.path);
+}
+
+std::error_code TemporaryFile::MoveTo(const fs::path& target) const {
+  std::error_code error;
+  // Some folders may be written to and not be read.
+  const Folder folder = Folder::Open(file_.path.parent_path(), error);
+  if (folder.IsOpen()) folder.MakeOrdinary(Utf8Of(file_.path.filename()));
+  fs::rename(file_.path, target, error);
+  return error;
 }
 
 TemporaryFile::~TemporaryFile() {

@@ -56,11 +56,16 @@ int ListFiles(const Program& program, const FilesOptions& options);
 
 struct CopyOptions {
   std::uint32_t index = 0;  // for a track
-  std::string devicePath;   // for any file
   std::string destination;
 };
 int CopyTrack(const Program& program, const CopyOptions& options);
 int CopyDatabase(const Program& program, const CopyOptions& options);
-int Pull(const Program& program, const CopyOptions& options);
+
+struct PullOptions {
+  std::string devicePath;
+  std::string destination;
+  bool dryRun = false;
+};
+int Pull(const Program& program, const PullOptions& options);
 
 }  // namespace quaylink::cli

@@ -25,14 +25,14 @@ int CopyTrack(const Program& program, const CopyOptions& options) {
   CopyJob job = library.TrackJob(track);
   job.readProblem = NameOf(track) + ": " + job.readProblem;
   const NameLimits limits = LimitsBelow(PathOf(options.destination));
-  return CopyOne(program, job, options.destination,
-                 TrackNamer(NamePattern("{title}"), tracks, limits).WantedPath(track));
+  const TrackNamer namer(NamePattern("{title}"), tracks, limits);
+  return CopyOne(program, job, TargetOf(options.destination, namer.WantedPath(track)));
 }
 
 int CopyDatabase(const Program& program, const CopyOptions& options) {
   Library library(program);
   library.RequireDevice();
-  return CopyOne(program, library.DatabaseJob(), options.destination, "iTunesDB");
+  return CopyOne(program, library.DatabaseJob(), TargetOf(options.destination, "iTunesDB"));
 }
 
 }  // namespace quaylink::cli

@@ -8,19 +8,14 @@
 #include "cli/commands/commands.h"
 #include "cli/commands/export_steps.h"
 #include "cli/export/destination.h"
-#include "cli/export/export_run.h"
-#include "cli/export/flusher.h"
 #include "cli/export/journal.h"
 #include "cli/export/plan.h"
 #include "cli/export/playlist_files.h"
-#include "cli/export/report.h"
-#include "cli/export/verification.h"
 #include "cli/naming/safe_names.h"
 #include "cli/naming/track_namer.h"
 #include "cli/source/device_source.h"
 #include "cli/source/folder_source.h"
 #include "cli/source/reading.h"
-#include "cli/system/system.h"
 #include "cli/text/folding.h"
 #include "cli/text/formats.h"
 #include "cli/text/utf8.h"
@@ -172,62 +167,6 @@ std::vector<std::string> CopiesOf(const std::vector<std::string>& items, const P
   return copies;
 }
 
-int RunExport(const Program& program, const ExportOptions& options, Source& source,
-              const Selection& selection, const NameLimits& limits) {
-  FinishOnInterrupt(program);
-  Destination destination(PathOf(options.destination), Destination::Use::kWrite);
-  const std::string obstacle = source.ObstacleIn(destination.Parts());
-  if (!obstacle.empty()) throw Failure(Shown(destination.Path()) + ": " + obstacle);
-  Journal journal(destination);
-  Plan plan = PlanFor(selection, source, destination, journal);
-  RequireRoom(destination, plan);
-  ExportReport report(program, destination, plan, ReportKind::kExport);
-  if (program.tellsEvents) InterruptWhenInputEnds();
-  report.Start();
-  Flusher flusher(destination, journal);
-  ExportRun run(source, destination, journal, plan, flusher, report);
-  run.Run();
-  bool playlistsWritten = true;
-  if (selection.collection && !options.noPlaylists && report.Left() == 0) {
-    const PlaylistExport playlists = {*selection.collection,
-                                      CopiesOf(selection.items, plan, run.Fates(), journal),
-                                      options.filter.playlists, limits};
-    playlistsWritten = ExportPlaylists(playlists, plan, destination, journal, flusher, report);
-  }
-  run.Finish();
-  int status = StatusAfter(report, plan, run.StoppedBy());
-  if (!playlistsWritten) status = kFailure;
-  report.End(status, run.StoppedBy());
-  return status;
-}
-
-int RunVerification(const Program& program, const ExportOptions& options, Source& source,
-                    const Selection& selection) {
-  DeferInterrupts("");
-  Destination destination(PathOf(options.destination), Destination::Use::kWrite);
-  const Journal journal(destination);
-  Plan plan = PlanFor(selection, source, destination, journal);
-  plan.bytes = 0;
-  for (const PlannedTrack& track : plan.tracks) plan.bytes += track.facts.size;
-  ExportReport report(program, destination, plan, ReportKind::kVerification);
-  if (program.tellsEvents) InterruptWhenInputEnds();
-  report.Start();
-  const Stop stop = Verify(source, destination, journal, plan, report);
-  const int status = StatusAfter(report, plan, stop);
-  report.End(status, stop);
-  return status;
-}
-
-int ShowPlan(const Program& program, const ExportOptions& options, Source& source,
-             const Selection& selection) {
-  Destination destination(PathOf(options.destination), Destination::Use::kLook);
-  const Journal journal(destination);
-  const Plan plan = PlanFor(selection, source, destination, journal);
-  const int status = plan.problem.empty() ? kSuccess : kFailure;
-  ExportReport(program, destination, plan, ReportKind::kDryRun).ShowPlan(status);
-  return status;
-}
-
 }  // namespace
 
 int Export(const Program& program, const ExportOptions& options) {
@@ -235,9 +174,22 @@ int Export(const Program& program, const ExportOptions& options) {
   const NameLimits limits = LimitsBelow(PathOf(options.destination));
   const OpenSource open(program, options.from);
   const Selection selection = Selector(program, options, *open.source, limits).Make(pattern);
-  if (options.dryRun) return ShowPlan(program, options, *open.source, selection);
-  if (options.verify) return RunVerification(program, options, *open.source, selection);
-  return RunExport(program, options, *open.source, selection, limits);
+  FolderJob job = {*open.source, PathOf(options.destination)};
+  job.plan = [&](Destination& destination, const Journal& journal) {
+    return PlanFor(selection, *open.source, destination, journal);
+  };
+  if (options.dryRun) return ShowFolderPlan(program, job);
+  if (options.verify) return VerifyFolder(program, job);
+  if (selection.collection && !options.noPlaylists) {
+    job.complete = [&](const DoneTracks& done) {
+      const PlaylistExport playlists = {
+          *selection.collection, CopiesOf(selection.items, done.plan, done.fates, done.journal),
+          options.filter.playlists, limits};
+      return ExportPlaylists(playlists, done.plan, done.destination, done.journal, done.flusher,
+                             done.report);
+    };
+  }
+  return FillFolder(program, job);
 }
 
 }  // namespace quaylink::cli

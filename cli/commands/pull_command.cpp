@@ -1,6 +1,9 @@
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <optional>
-#include <system_error>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/base/paths.h"
@@ -8,8 +11,6 @@
 #include "cli/commands/export_steps.h"
 #include "cli/commands/one_copy.h"
 #include "cli/export/destination.h"
-#include "cli/export/export_run.h"
-#include "cli/export/flusher.h"
 #include "cli/export/journal.h"
 #include "cli/export/plan.h"
 #include "cli/export/report.h"
@@ -23,10 +24,13 @@
 namespace quaylink::cli {
 namespace {
 
-std::vector<std::string> FilesBelow(const Library& library, std::string folder) {
-  if (!folder.ends_with('/')) folder += '/';
+std::vector<std::string> Listed(const Library& library) {
   library.Connect();
-  std::vector<std::string> files = library.ListFiles();
+  return library.ListFiles();
+}
+
+std::vector<std::string> FilesBelow(std::vector<std::string> files, std::string folder) {
+  if (!folder.ends_with('/')) folder += '/';
   std::erase_if(files, [&folder](const std::string& file) { return !file.starts_with(folder); });
   std::ranges::sort(files);
   return files;
@@ -72,72 +76,111 @@ std::vector<WantedTrack> Wanted(const std::vector<std::string>& files, const Nam
 }
 
 int PullFolder(const Program& program, const Library& library,
-               const std::vector<std::string>& files, const std::string& destinationPath) {
+               const std::vector<std::string>& files, const PullOptions& options) {
   DeviceSource source(library);
   const std::optional<std::string> phone = PhoneOf(source);
-  FinishOnInterrupt(program);
-  Destination destination(PathOf(destinationPath), Destination::Use::kWrite);
-  Journal journal(destination);
-  Plan plan =
-      MakePlan("files of " + phone.value_or("a phone"),
-               Wanted(files, LimitsBelow(PathOf(destinationPath))), source, destination, journal);
-  // Of a phone without a name nothing is known to be there already, until its bytes are compared.
-  for (PlannedTrack& track : plan.tracks) {
-    if (!phone && track.action == Action::kKeep) track.action = Action::kCheck;
-  }
-  ExportReport report(program, destination, plan, ReportKind::kExport);
-  report.Start();
-  Flusher flusher(destination, journal);
-  ExportRun run(source, destination, journal, plan, flusher, report);
-  run.Run();
-  run.Finish();
-  const int status = StatusAfter(report, plan, run.StoppedBy());
-  report.End(status, run.StoppedBy());
-  return status;
+  FolderJob job = {source, PathOf(options.destination), ReportKind::kPull};
+  job.plan = [&](Destination& destination, const Journal& journal) {
+    Plan plan = MakePlan("files of " + phone.value_or("a phone"),
+                         Wanted(files, LimitsBelow(job.folder)), source, destination, journal);
+    plan.knowsSizes = false;
+    // Of a phone without a name nothing is known to be there already, until its bytes are compared.
+    for (PlannedTrack& track : plan.tracks) {
+      if (!phone && track.action == Action::kKeep) track.action = Action::kCheck;
+    }
+    return plan;
+  };
+  return options.dryRun ? ShowFolderPlan(program, job) : FillFolder(program, job);
 }
 
-int PullFile(const Program& program, const Library& library, const CopyOptions& options) {
+// How large a file on the player's drive is, 0 where that cannot be told. Nothing when there is
+// none.
+std::optional<std::uint64_t> SizeOnDrive(const Library& library, const std::string& path) {
+  DeviceSource source(library);
+  try {
+    // By its database the drive is known.
+    source.ReadCollection();
+  } catch (const Failure&) {
+    // There is none, and the drive's files may be read all the same.
+  }
+  const std::u8string normal = PathOf(DevicePathOf(path)).lexically_normal().generic_u8string();
+  const std::string location(normal.begin(), normal.end());
+  Track track;
+  track.location = location.c_str();
+  const std::optional<FileFacts> facts = source.Look(track);
+  return facts ? std::optional(facts->size) : std::nullopt;
+}
+
+int PullFile(const Program& program, const Library& library, const PullOptions& options) {
   const bool isPhone = library.Kind() == DeviceKind::kPhone;
-  CopyJob job = library.FileJob(isPhone ? options.devicePath
-                                        : PathOnDrive(options.devicePath, PlayersDriveLetter()));
+  const std::string location =
+      isPhone ? options.devicePath : PathOnDrive(options.devicePath, PlayersDriveLetter());
+  CopyJob job = library.FileJob(location);
   if (!isPhone) {
     job.readProblem = "there is no such file on the player's drive, or it cannot be read";
   }
-  job.readProblem = MakePrintable(options.devicePath) + ": " + job.readProblem;
-  return CopyOne(program, job, options.destination,
-                 SafeFileName(FileNameOf(options.devicePath), FileKinds::kAllButHarmful,
-                              LimitsBelow(PathOf(options.destination))));
+  const std::string named = MakePrintable(options.devicePath) + ": ";
+  const std::filesystem::path target = TargetOf(
+      options.destination, SafeFileName(FileNameOf(options.devicePath), FileKinds::kAllButHarmful,
+                                        LimitsBelow(PathOf(options.destination))));
+  if (!program.tellsEvents && !options.dryRun) {
+    job.readProblem = named + job.readProblem;
+    return CopyOne(program, job, target);
+  }
+  const std::optional<std::uint64_t> size = isPhone ? 0 : SizeOnDrive(library, location);
+  if (options.dryRun && !size) throw Failure(named + job.readProblem);
+  const FilePull pull = {library, job, location, size.value_or(0), target};
+  return options.dryRun ? ShowPull(program, pull) : TellPull(program, pull);
+}
+
+Failure NoFilesThere(const std::string& path) {
+  return Failure(MakePrintable(path) + ": the phone has no files there");
 }
 
 // A phone does not tell folders from files before one tries.
 std::vector<std::string> FilesIfFolder(const Library& library, const std::string& path) {
   try {
-    return FilesBelow(library, path);
+    return FilesBelow(Listed(library), path);
   } catch (const Failure&) {
     return {};
   }
 }
 
+// What is told as it goes must be known before: whether a path is a file's. The listing of a phone
+// takes its time, and is spared where the path looks like one.
+int PullTold(const Program& program, const Library& library, const PullOptions& options) {
+  const std::string& path = options.devicePath;
+  const bool looksLikeFile = FileNameOf(path).find('.') != std::string_view::npos;
+  if (looksLikeFile && !options.dryRun) return PullFile(program, library, options);
+  const std::vector<std::string> listed = Listed(library);
+  if (std::ranges::find(listed, path) != listed.end()) return PullFile(program, library, options);
+  const std::vector<std::string> files = FilesBelow(listed, path);
+  if (files.empty()) throw NoFilesThere(path);
+  return PullFolder(program, library, files, options);
+}
+
+int PullUntold(const Program& program, const Library& library, const PullOptions& options) {
+  try {
+    return PullFile(program, library, options);
+  } catch (const Failure&) {
+    const std::vector<std::string> files = FilesIfFolder(library, options.devicePath);
+    if (files.empty()) throw;
+    return PullFolder(program, library, files, options);
+  }
+}
+
 }  // namespace
 
-int Pull(const Program& program, const CopyOptions& options) {
+int Pull(const Program& program, const PullOptions& options) {
   Library library(program);
-  const bool isPhone = library.RequireDevice() == DeviceKind::kPhone;
-  std::vector<std::string> files;
-  if (isPhone && options.devicePath.ends_with('/')) {
-    files = FilesBelow(library, options.devicePath);
-    if (files.empty()) {
-      throw Failure(MakePrintable(options.devicePath) + ": the phone has no files there");
-    }
-  } else {
-    try {
-      return PullFile(program, library, options);
-    } catch (const Failure&) {
-      if (isPhone) files = FilesIfFolder(library, options.devicePath);
-      if (files.empty()) throw;
-    }
+  if (library.RequireDevice() != DeviceKind::kPhone) return PullFile(program, library, options);
+  if (options.devicePath.ends_with('/')) {
+    const std::vector<std::string> files = FilesBelow(Listed(library), options.devicePath);
+    if (files.empty()) throw NoFilesThere(options.devicePath);
+    return PullFolder(program, library, files, options);
   }
-  return PullFolder(program, library, files, options.destination);
+  const bool isTold = program.tellsEvents || options.dryRun;
+  return isTold ? PullTold(program, library, options) : PullUntold(program, library, options);
 }
 
 }  // namespace quaylink::cli

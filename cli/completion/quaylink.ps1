@@ -14,7 +14,7 @@ Register-ArgumentCompleter -Native -CommandName quaylink, quaylink.exe -ScriptBl
         'copy-track' = ''
         'copy-database' = ''
         'files' = '--json'
-        'pull' = ''
+        'pull' = '--dry-run --json'
     }
     $kinds = 'audio video podcast audiobook music-video television'
     $properties = 'index id persistentId location title artist album albumArtist genre composer comment grouping',

@@ -150,8 +150,7 @@ ExportRun::Outcome ExportRun::Failed(const std::string& name, const FetchResult&
   if (isOurs) outcome.problem = destination_.Shown(name) + ": " + result.problem;
   // Without its source every copy would fail, on a phone after a wait.
   if (!isOurs && !source_.Answers()) {
-    outcome = {Fate::kFailed, source_.Name() + " has gone away, or does not answer any more", 0,
-               Stop::kSource};
+    outcome = {Fate::kFailed, source_.Name() + kGone, 0, Stop::kSource};
   }
   return outcome;
 }

@@ -12,14 +12,21 @@ namespace {
 
 constexpr char kName[] = ".quaylink-journal";
 constexpr int kFormat = 1;
-// No export makes one of this size, but somebody may have put it there.
+// No export makes one of this size.
 constexpr std::uint64_t kLargest = 256u << 20u;
 
 Json JsonOf(const Record& record) {
-  return {
-      {"player", record.player},    {"item", record.item},          {"location", record.location},
-      {"size", record.source.size}, {"time", record.source.time},   {"wanted", record.wanted},
-      {"name", record.name},        {"copySize", record.copy.size}, {"copyTime", record.copy.time}};
+  Json json;
+  json["player"] = record.player;
+  json["item"] = record.item;
+  json["location"] = record.location;
+  json["size"] = record.source.size;
+  json["time"] = record.source.time;
+  json["wanted"] = record.wanted;
+  json["name"] = record.name;
+  json["copySize"] = record.copy.size;
+  json["copyTime"] = record.copy.time;
+  return json;
 }
 
 std::string LineOf(const Record& record) {
@@ -33,8 +40,9 @@ std::string AnnouncementOf(const Record& record) {
 }
 
 // Of the copy that was announced last.
-std::string PlacedLine() {
-  return JsonLine({{"placed", true}});
+const std::string& PlacedLine() {
+  static const std::string line = JsonLine({{"placed", true}});
+  return line;
 }
 
 // Lines of copies are counted from the journal's first.
@@ -81,12 +89,12 @@ std::string DistinctItems::Add(std::string item) {
 }
 
 Journal::Journal(Destination& destination) : destination_(destination) {
-  if (destination.Look(kName).kind == EntryKind::kMissing) return;
+  // What no export can have made is no journal.
+  const Entry there = destination.Look(kName);
+  if (there.kind != EntryKind::kFile || there.facts.size > kLargest) return;
   std::error_code error;
   File file = destination.OpenFile(kName, error);
-  const std::uint64_t size = error ? 0 : file.Facts(error).size;
-  if (size > kLargest) error = std::make_error_code(std::errc::file_too_large);
-  std::string bytes(error ? 0 : static_cast<std::size_t>(size), '\0');
+  std::string bytes(static_cast<std::size_t>(there.facts.size), '\0');
   if (!error) bytes.resize(file.Read(bytes, error));
   if (error) throw NotRead(ReasonOf(error));
   Read(bytes);

@@ -23,8 +23,9 @@ class Planner {
   void Make(const std::vector<WantedTrack>& tracks) {
     journal_.ForEach([this](const Record& record) { plan_.names.Take(record.name); });
     for (const WantedTrack& wanted : tracks) {
-      if (InterruptRequested())
+      if (InterruptRequested()) {
         throw Failure("interrupted before anything was copied", kInterrupted);
+      }
       Add(wanted);
     }
     plan_.room += twice_;

@@ -46,6 +46,7 @@ struct Plan {
   std::uint64_t bytes = 0;  // of the files to be fetched
   std::uint64_t room = 0;   // that they take on the disk
   std::uint64_t free = 0;   // what there is
+  bool knowsSizes = true;   // else bytes and room say nothing: the device does not tell any
   std::size_t unnamed = 0;  // music files that the database does not name, and that stay behind
   std::string problem;      // of the database; empty when it is sound
 

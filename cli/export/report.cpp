@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "cli/base/paths.h"
-#include "cli/output/json_line.h"
 #include "cli/system/system.h"
 #include "cli/text/formats.h"
 #include "cli/text/utf8.h"
@@ -24,6 +23,7 @@ constexpr std::array<std::string_view, kFates> kFateWords = {
 
 constexpr const char* kVerified = "verified";
 
+constexpr std::string_view kCommandNames[] = {"export", "verify", "pull"};
 constexpr std::string_view kActionNames[] = {"keep", "copy", "replace", "check", "none"};
 constexpr std::string_view kStopNames[] = {"", "interrupt", "source", "destination"};
 
@@ -45,24 +45,6 @@ std::string Counted(std::size_t count, const char* word) {
   return std::to_string(count) + ' ' + word;
 }
 
-std::string FileOf(const std::string& name, const Destination& destination) {
-  return Utf8Of((destination.Path() / PathOf(name)).make_preferred());
-}
-
-Json JsonOf(const PlannedTrack& track, const Destination& destination) {
-  Json json = EventOf("track");
-  json["index"] = track.track.index;
-  json["name"] = track.title;
-  json["artist"] = track.track.artist;
-  json["album"] = track.track.album;
-  json["title"] = track.track.title;
-  json["location"] = track.track.location;
-  json["size"] = track.facts.size;
-  if (!track.name.empty()) json["file"] = FileOf(track.name, destination);
-  if (!track.movesFrom.empty()) json["movesFrom"] = FileOf(track.movesFrom, destination);
-  return json;
-}
-
 }  // namespace
 
 void TellFailure(const Program& program, const std::string& message, int status) {
@@ -75,10 +57,10 @@ void TellFailure(const Program& program, const std::string& message, int status)
   Write(Stream::kOutput, LineOf(json));
 }
 
-ExportReport::ExportReport(const Program& program, const Destination& destination, const Plan& plan,
-                           ReportKind kind)
+ExportReport::ExportReport(const Program& program, const std::filesystem::path& folder,
+                           const Plan& plan, ReportKind kind)
     : program_(program),
-      destination_(destination),
+      folder_(folder),
       plan_(plan),
       kind_(kind),
       // A person who watches the bar needs no line for each track.
@@ -101,16 +83,34 @@ const char* ExportReport::NameOf(Fate fate) const {
   return verified ? kVerified : kFateNames[static_cast<std::size_t>(fate)];
 }
 
+std::string ExportReport::FileOf(const std::string& name) const {
+  return Utf8Of((folder_ / PathOf(name)).make_preferred());
+}
+
+Json ExportReport::JsonOf(const PlannedTrack& track) const {
+  Json json = EventOf("track");
+  json["index"] = track.track.index;
+  json["name"] = track.title;
+  json["artist"] = track.track.artist;
+  json["album"] = track.track.album;
+  json["title"] = track.track.title;
+  json["location"] = track.track.location;
+  json["size"] = track.facts.size;
+  if (!track.name.empty()) json["file"] = FileOf(track.name);
+  if (!track.movesFrom.empty()) json["movesFrom"] = FileOf(track.movesFrom);
+  return json;
+}
+
 std::size_t ExportReport::Left() const {
   return plan_.tracks.size() - std::accumulate(counts_.begin(), counts_.end(), std::size_t{0});
 }
 
 void ExportReport::ShowPlan(int status) {
-  Start();
+  TellStart(true);
   for (const PlannedTrack& track : plan_.tracks) {
     if (track.action == Action::kNone) Complain(track.title + ": " + track.problem);
     if (program_.tellsEvents) {
-      Json json = JsonOf(track, destination_);
+      Json json = JsonOf(track);
       json["action"] = kActionNames[static_cast<std::size_t>(track.action)];
       if (!track.problem.empty()) json["error"] = track.problem;
       Print(LineOf(json));
@@ -138,7 +138,7 @@ void ExportReport::ShowPlan(int status) {
     json["failed"] = plan_.Count(Action::kNone);
     json["bytes"] = plan_.bytes;
     json["free"] = plan_.free;
-    json["fits"] = plan_.Fits();
+    if (plan_.knowsSizes) json["fits"] = plan_.Fits();
     json["status"] = status;
     Print(LineOf(json));
     return;
@@ -151,21 +151,22 @@ void ExportReport::ShowPlan(int status) {
   append(plan_.Count(Action::kReplace), "to replace");
   append(plan_.Count(Action::kCheck), "to check");
   append(plan_.MoveCount(), "to move");
-  line += " (" + ShownSize(plan_.bytes) + "), " + Counted(plan_.KeepCount(), "already there");
+  if (plan_.knowsSizes) line += " (" + ShownSize(plan_.bytes) + ')';
+  line += ", " + Counted(plan_.KeepCount(), "already there");
   append(plan_.Count(Action::kNone), "without a file on the device");
   Print(line + '\n');
-  Print(ShownSize(plan_.free) +
-        " free in the folder: " + (plan_.Fits() ? "enough\n" : "not enough\n"));
+  const std::string fits = plan_.Fits() ? ": enough" : ": not enough";
+  Print(ShownSize(plan_.free) + " free in the folder" + (plan_.knowsSizes ? fits : "") + '\n');
   NoteUnnamed();
 }
 
-void ExportReport::Start() {
+void ExportReport::TellStart(bool isDryRun) {
   if (!program_.tellsEvents) return;
   Json json = EventOf("start");
   json["format"] = kEventFormat;
-  json["command"] = kind_ == ReportKind::kVerification ? "verify" : "export";
-  json["dryRun"] = kind_ == ReportKind::kDryRun;
-  json["folder"] = Utf8Of(destination_.Path());
+  json["command"] = kCommandNames[static_cast<std::size_t>(kind_)];
+  json["dryRun"] = isDryRun;
+  json["folder"] = Utf8Of(folder_);
   json["tracks"] = plan_.tracks.size();
   json["bytes"] = plan_.bytes;
   json["unnamed"] = plan_.unnamed;
@@ -211,7 +212,9 @@ void ExportReport::Tell(const PlannedTrack& track, Fate fate, std::uint64_t copi
   track_ = nullptr;
   if (fate == Fate::kFailed) Complain(track.title + ": " + problem);
   if (program_.tellsEvents) {
-    Json json = JsonOf(track, destination_);
+    Json json = JsonOf(track);
+    // Of some files only their copies tell it.
+    if (!plan_.knowsSizes) json["size"] = copiedBytes;
     json["result"] = NameOf(fate);
     if (!problem.empty()) json["error"] = problem;
     Print(LineOf(json));
@@ -224,7 +227,7 @@ void ExportReport::TellPlaylist(const std::string& name, const std::string& prob
   if (!problem.empty()) Complain(problem);
   if (program_.tellsEvents) {
     Json json = EventOf("playlist");
-    json["file"] = FileOf(name, destination_);
+    json["file"] = FileOf(name);
     json["result"] = problem.empty() ? "written" : "failed";
     if (!problem.empty()) json["error"] = problem;
     Print(LineOf(json));

@@ -1,19 +1,21 @@
-// What an export tells as it goes, and in the end: to people, or to programs as a line of JSON for
-// each event.
+// What an export or a pull tells as it goes, and in the end: to people, or to programs as a line of
+// JSON for each event.
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <string>
 
 #include "cli/base/program.h"
 #include "cli/export/plan.h"
+#include "cli/output/json_line.h"
 #include "cli/output/progress.h"
 
 namespace quaylink::cli {
 
-enum class ReportKind { kExport, kVerification, kDryRun };
+enum class ReportKind { kExport, kVerification, kPull };
 
 // What became of a track. kPending is what a run that ended early leaves.
 enum class Fate { kPending, kCopied, kReplaced, kKept, kMoved, kFailed };
@@ -27,14 +29,15 @@ void TellFailure(const Program& program, const std::string& message, int status)
 
 class ExportReport {
  public:
-  ExportReport(const Program& program, const Destination& destination, const Plan& plan,
+  // Of a run into that folder.
+  ExportReport(const Program& program, const std::filesystem::path& folder, const Plan& plan,
                ReportKind kind);
 
-  // Shows the plan of a dry run.
+  // Shows the plan, as a dry run does.
   void ShowPlan(int status);
 
   // A real run: what is to be done, bytes as they come, what became of each track, and the end.
-  void Start();
+  void Start() { TellStart(false); }
   void Begin(const PlannedTrack& track);
   void Progress(std::uint64_t bytes);
   void Tell(const PlannedTrack& track, Fate fate, std::uint64_t copiedBytes,
@@ -53,13 +56,16 @@ class ExportReport {
   void Print(const std::string& line);
   // For programs.
   const char* NameOf(Fate fate) const;
+  std::string FileOf(const std::string& name) const;
+  Json JsonOf(const PlannedTrack& track) const;
+  void TellStart(bool isDryRun);
   void TellProgress();
   std::string Summary() const;
   std::string Advice(Stop stop) const;
   void NoteUnnamed() const;
 
   const Program& program_;
-  const Destination& destination_;
+  const std::filesystem::path folder_;
   const Plan& plan_;
   ReportKind kind_;
   bool tellsCopies_;

@@ -19,9 +19,8 @@ struct Fetched {
 Fetched Fetch(const CopyJob& job) {
   const TemporaryFile file;
   Fetched fetched;
-  fetched.result = CopyChecked(job, file.Path());
+  fetched.result = CopyChecked(job, file);
   if (!fetched.result.Good()) return fetched;
-  file.RemoveOnInterrupt();
   std::ostringstream bytes;
   bytes << std::ifstream(file.Path(), std::ios::binary).rdbuf();
   fetched.bytes = std::move(bytes).str();

@@ -1,13 +1,10 @@
 #include "cli/source/file_copy.h"
 
-#include <cerrno>
 #include <cstddef>
-#include <fstream>
 #include <optional>
 #include <system_error>
 
 #include "cli/base/paths.h"
-#include "cli/base/temporary_file.h"
 #include "cli/source/source.h"
 #include "cli/system/folder.h"
 #include "cli/system/system.h"
@@ -20,42 +17,15 @@ namespace fs = std::filesystem;
 // The library writes in blocks of this many bytes: a disk that refused one has no room for another.
 constexpr std::size_t kBlockSize = 24576;
 
-// A file that does not outlive an interruption, nor this object unless it is kept.
-class UnfinishedFile {
- public:
-  explicit UnfinishedFile(const fs::path& path) : path_(path) { SetRemovedOnInterrupt(path_); }
-  UnfinishedFile(const UnfinishedFile&) = delete;
-  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-  ~UnfinishedFile() {
-    SetRemovedOnInterrupt({});
-    std::error_code ignored;
-    if (!kept_) fs::remove(path_, ignored);
-  }
-  void Keep() { kept_ = true; }
-
- private:
-  fs::path path_;
-  bool kept_ = false;
-};
-
 CopyResult LocalProblem(const std::string& name, const std::error_code& error) {
   const std::string string = name + ": cannot be written: " + ReasonOf(error);
   const bool full = error == std::errc::no_space_on_device;
   return {full ? string + "; free some space and run again" : string, full};
 }
 
-std::error_code CreateEmpty(const fs::path& file) {
-  errno = 0;
-  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-  if (stream) return {};
-  return errno != 0 ? std::error_code(errno, std::generic_category())
-                    : std::make_error_code(std::errc::io_error);
-}
-
 std::string SpaceHintFor(const fs::path& file) {
   std::error_code error;
-  const fs::space_info space =
-      fs::space(file.parent_path().empty() ? "." : file.parent_path(), error);
+  const fs::space_info space = fs::space(FolderOf(file), error);
   return error ? std::string() : SpaceHint(space.available);
 }
 
@@ -77,25 +47,22 @@ CopyResult Check(const CopyJob& job, const fs::path& file, const std::string& na
 std::optional<std::string> PathForLibrary(const fs::path& file) {
   if (std::optional<std::string> path = LocalPathForLibrary(file)) return path;
   std::error_code error;
-  const fs::path above = file.parent_path();
-  const Folder folder = Folder::Open(above.empty() ? "." : above, error);
+  const Folder folder = Folder::Open(file.parent_path(), error);
   return folder.IsOpen() ? folder.PathForLibrary(Utf8Of(file.filename())) : std::nullopt;
 }
 
-// Copies to a file, which then gets its final name. Messages call it by that.
-CopyResult CopyTo(const CopyJob& job, const fs::path& file, const fs::path& finalName) {
-  const std::string name = Shown(finalName);
+CopyResult Untellable(const std::string& name) {
+  return {name + ": " + std::string(kUntellablePath), false};
+}
+
+// Messages call the copy by that name.
+CopyResult CopyTo(const CopyJob& job, const fs::path& file, const std::string& name) {
   const std::optional<std::string> localPath = PathForLibrary(file);
-  if (!localPath) {
-    return {name + ": " + std::string(kUntellablePath), false};
-  }
-  // The library tells no reasons: whether the destination can be written shows beforehand.
-  if (const auto error = CreateEmpty(file)) return LocalProblem(name, error);
-  UnfinishedFile unfinished(file);
+  if (!localPath) return Untellable(name);
   std::error_code ignored;
-  const fs::perms ordinary = fs::status(file, ignored).permissions();
+  const fs::perms before = fs::status(file, ignored).permissions();
   const bool copied = job.copy(localPath->c_str());
-  MakeOrdinary(file, ordinary);
+  MakeOrdinary(file, before);
   if (!copied) {
     const bool exists = fs::exists(file, ignored);
     const std::error_code refused =
@@ -103,49 +70,37 @@ CopyResult CopyTo(const CopyJob& job, const fs::path& file, const fs::path& fina
     if (refused) return LocalProblem(name, refused);
     return {job.readProblem + SpaceHintFor(file), false};
   }
-  CopyResult result = Check(job, file, name);
-  if (!result.Good()) return result;
-  std::error_code error;
-  if (file != finalName) fs::rename(file, finalName, error);
-  if (error) return LocalProblem(name, error);
-  unfinished.Keep();
-  return {};
-}
-
-fs::path PartOf(const fs::path& destination) {
-  fs::path part = destination;
-  part += kPartSuffix;
-  // The library is not told the final name, which may be one that it cannot be told.
-  if (!LocalPathForLibrary(part.filename())) part.replace_filename("copy").concat(kPartSuffix);
-  return part;
+  return Check(job, file, name);
 }
 
 }  // namespace
 
-CopyResult CopyChecked(const CopyJob& job, const fs::path& file) {
-  return CopyTo(job, file, file);
+CopyResult CopyChecked(const CopyJob& job, const TemporaryFile& file) {
+  return CopyTo(job, file.Path(), Shown(file.Path()));
 }
 
 CopyResult CopyBeside(const CopyJob& job, const fs::path& destination) {
-  std::error_code error;
-  if (fs::exists(destination, error) && !fs::is_regular_file(destination, error)) {
-    return {Shown(destination) + ": is there already, and is no ordinary file", false};
+  if (const std::string obstacle = ObstacleAt(destination); !obstacle.empty()) return {obstacle};
+  const std::string name = Shown(destination);
+  const fs::path folder = FolderOf(destination);
+  // As long as the names that such files have.
+  if (!PathForLibrary(folder / "quaylink-123456.quaylink-part")) return Untellable(name);
+  // The library tells no reasons: whether the copy can be written shows beforehand.
+  try {
+    const TemporaryFile part(folder);
+    CopyResult result = CopyTo(job, part.Path(), name);
+    if (!result.Good()) return result;
+    const std::error_code error = part.MoveTo(destination);
+    return error ? LocalProblem(name, error) : result;
+  } catch (const fs::filesystem_error& error) {
+    return LocalProblem(name, error.code());
   }
-  RemovePart(destination);
-  return CopyTo(job, PartOf(destination), destination);
 }
 
-void RemovePart(const fs::path& destination) {
-  const fs::path part = PartOf(destination);
-  std::error_code ignored;
-  if (!fs::is_directory(fs::symlink_status(part, ignored))) fs::remove(part, ignored);
-}
-
-bool TakesFiles(const fs::path& folder) {
-  const fs::path nameless = folder / "";
-  const bool made = std::ofstream(PartOf(nameless)).is_open();
-  RemovePart(nameless);
-  return made;
+std::string ObstacleAt(const fs::path& destination) {
+  std::error_code error;
+  if (!fs::exists(destination, error) || fs::is_regular_file(destination, error)) return {};
+  return Shown(destination) + ": is there already, and is no ordinary file";
 }
 
 }  // namespace quaylink::cli

@@ -5,6 +5,8 @@
 #include <functional>
 #include <string>
 
+#include "cli/base/temporary_file.h"
+
 namespace quaylink::cli {
 
 struct CopyJob {
@@ -23,18 +25,15 @@ struct CopyResult {
   bool Good() const { return problem.empty(); }
 };
 
-// Copies to a file, which is removed again when the copy is not good.
-CopyResult CopyChecked(const CopyJob& job, const std::filesystem::path& file);
+// Copies to a file that is there only for it.
+CopyResult CopyChecked(const CopyJob& job, const TemporaryFile& file);
 
-// The same by way of a file of the same name with kPartSuffix behind it, so that whatever stood at
-// the destination is replaced by a whole copy or not at all.
+// The same by way of a temporary file beside the destination, so that whatever stood there is
+// replaced by a whole copy or not at all.
 CopyResult CopyBeside(const CopyJob& job, const std::filesystem::path& destination);
 
-// Removes what a run that was killed has left of a copy to that destination.
-void RemovePart(const std::filesystem::path& destination);
-
-// Whether new files can be made in a folder at all. A run that is killed here leaves the part of a
-// copy without a name.
-bool TakesFiles(const std::filesystem::path& folder);
+// Why nothing may be copied there: what stands there is no ordinary file. Empty when nothing speaks
+// against it.
+std::string ObstacleAt(const std::filesystem::path& destination);
 
 }  // namespace quaylink::cli

@@ -94,6 +94,9 @@ FetchResult NoSuchFile(std::string_view location);
 FetchResult NoOrdinaryFile(std::string_view location);
 FetchResult NotRead(std::string_view location, std::string_view reason);
 
+// What messages add to the name of a source that is not there any more.
+inline constexpr char kGone[] = " has gone away, or does not answer any more";
+
 // What the user may want to know when the reason of a failure cannot be told: that little space is
 // left. Else empty.
 std::string SpaceHint(std::uint64_t freeBytes);

@@ -45,6 +45,7 @@ const std::string_view kFilesExamples =
 const std::string_view kPullExamples =
     "  quaylink pull /DCIM/100APPLE/IMG_0001.JPG ~\\Pictures\n"
     "  quaylink pull F:\\Notes\\a.txt ~\\Documents\n"
-    "  quaylink pull /DCIM ~\\Pictures\\phone";
+    "  quaylink pull /DCIM ~\\Pictures\\phone\n"
+    "  quaylink pull /DCIM ~\\Pictures\\phone --dry-run";
 
 }  // namespace quaylink::cli

@@ -120,9 +120,11 @@ std::error_code File::Write(std::string_view bytes) {
 
 std::uint64_t File::Append(File& source, std::uint64_t most, std::error_code& error,
                            bool& readingFailed) {
+  // What is small goes quicker by way of the program.
+  constexpr std::uint64_t kSmall = 64 * 1024;
   readingFailed = false;
   std::uint64_t sum = 0;
-  while (sum < most) {
+  while (most > kSmall && sum < most) {
     const ssize_t count = copy_file_range(Descriptor(source.handle_), nullptr, Descriptor(handle_),
                                           nullptr, static_cast<std::size_t>(most - sum), 0);
     if (count < 0 && errno == EINTR) continue;

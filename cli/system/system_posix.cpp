@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -29,12 +30,13 @@ namespace {
 std::array<char, 4096> removedPath;
 volatile std::sig_atomic_t removesPath = 0;
 volatile std::sig_atomic_t defersInterrupts = 0;
-volatile std::sig_atomic_t interruptRequested = 0;
+// Set by a thread, too.
+std::atomic<bool> interruptRequested = false;
+static_assert(std::atomic<bool>::is_always_lock_free);
 std::string interruptNotice;  // set before interrupts are deferred
 
 extern "C" void OnInterrupt(int signalNumber) {
-  if (defersInterrupts != 0 && interruptRequested == 0) {
-    interruptRequested = 1;
+  if (defersInterrupts != 0 && !interruptRequested.exchange(true)) {
     const int codeBefore = errno;
     [[maybe_unused]] const ssize_t ignored =
         write(STDERR_FILENO, interruptNotice.data(), interruptNotice.size());
@@ -145,11 +147,11 @@ HeldFile CreateHeldFile(const std::filesystem::path& folder, std::string_view pr
     std::string path = name;
     const int descriptor = mkostemps(path.data(), static_cast<int>(suffix.size()), O_CLOEXEC);
     if (descriptor < 0) throw std::filesystem::filesystem_error("held file", name, LastError());
+    // A file system without locks lets nobody else have it, either.
+    const bool held = flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
     struct stat status = {};
     // Before the lock was held, another run may have taken the file for a forsaken one.
-    const bool held = flock(descriptor, LOCK_EX | LOCK_NB) == 0 &&
-                      fstat(descriptor, &status) == 0 && status.st_nlink > 0;
-    if (held) return {path, descriptor};
+    if (held && fstat(descriptor, &status) == 0 && status.st_nlink > 0) return {path, descriptor};
     close(descriptor);
   }
 }
@@ -208,7 +210,7 @@ void DeferInterrupts(std::string_view notice) {
 }
 
 bool InterruptRequested() {
-  return interruptRequested != 0;
+  return interruptRequested;
 }
 
 void InterruptWhenInputEnds() {
@@ -219,7 +221,7 @@ void InterruptWhenInputEnds() {
     std::array<char, 256> ignored;
     while (read(STDIN_FILENO, ignored.data(), ignored.size()) > 0) {
     }
-    interruptRequested = 1;
+    interruptRequested = true;
   }).detach();
 }
 

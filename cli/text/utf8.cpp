@@ -73,6 +73,7 @@ bool IsAscii(std::string_view string) {
 }
 
 std::string MakeValid(std::string_view string) {
+  if (IsAscii(string)) return std::string(string);
   return Encode(Decode(string));
 }
 

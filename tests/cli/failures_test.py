@@ -2,6 +2,7 @@
 
 import ctypes
 import json
+import os
 import re
 import subprocess
 import unittest
@@ -131,7 +132,9 @@ class Failures(ProgramTest):
         for command in (["copy-track", 0], ["copy-database"], ["pull", r"F:\x"]):
             self.assertEqual(self.failure(*command, missing),
                              f"quaylink: {missing}: cannot be written: No such file or directory\n")
-        self.assertIn("is no ordinary file", self.failure("copy-database", "/dev/null"))
+        # Not one of the system's own: a program that is at fault would replace it.
+        os.mkfifo(self.folder / "pipe")
+        self.assertIn("is no ordinary file", self.failure("copy-database", self.folder / "pipe"))
         self.out.write_text("a file where the folder should be")
         self.assertIn("is in the way", self.failure("export", self.out))
 

@@ -105,6 +105,20 @@ class Phone(ProgramTest):
         self.assertEqual(len(self.calls("AFCConnectionClose")), 2)
         self.assertIn("5 already there", self.run_program("export", self.out)[0])
 
+    def test_pulls_to_the_same_file_do_not_meet(self):
+        self.attach()
+        self.pictures("a.jpg", "b.jpg")
+        self.out.mkdir()
+        held = HeldFile(self.machine.phone / "DCIM/a.jpg")
+        process = self.start("pull", "/DCIM/a.jpg", self.out / "picture")
+        held.wait_for_reader()
+        self.run_program("pull", "/DCIM/b.jpg", self.out / "picture")
+        self.assertEqual((self.out / "picture").read_bytes(), contents_of(11))
+        held.let_go()
+        process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 0)
+        self.assertEqual(self.pulled(), {"picture": contents_of(10)})
+
     def test_failed_copy_is_told_and_the_rest_goes_on(self):
         self.machine.attach_phone(script=["fail AFCFileRefRead 3"])
         (self.machine.phone / "iPod_Control/Music/F01/DDDD.wav").write_bytes(b"")
@@ -147,8 +161,8 @@ class Phone(ProgramTest):
 
 @unittest.skipIf("thread" in os.environ["QUAYLINK_SANITIZE"],
                  "the thread sanitizer holds signals back while a copy is blocked")
-class SecondInterrupt(ProgramTest):
-    def test_it_ends_at_once_and_the_next_run_cleans_up(self):
+class InterruptAtOnce(ProgramTest):
+    def test_second_ends_an_export_at_once_and_the_next_run_cleans_up(self):
         self.machine.attach_phone()
         held = HeldFile(self.machine.phone / "iPod_Control/Music/F00/BBBB.mp3")
         process = self.start("export", self.out)
@@ -163,6 +177,21 @@ class SecondInterrupt(ProgramTest):
         self.assertEqual([file for file in self.exported_files() if "/part-" not in file], EXPORTED[:1])
         self.run_program("export", self.out)
         self.check_export()
+
+    def test_pull_of_a_file_ends_at_the_first_and_leaves_nothing(self):
+        self.machine.attach_phone()
+        self.out.mkdir()
+        (self.out / "song").write_bytes(b"mine")
+        held = HeldFile(self.machine.phone / "iPod_Control/Music/F00/BBBB.mp3")
+        process = self.start("pull", "/iPod_Control/Music/F00/BBBB.mp3", self.out / "song")
+        held.wait_for_reader()
+        self.assertEqual(len(self.exported_files()), 2)
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=60)
+        held.let_go()
+        self.assertEqual(process.returncode, -signal.SIGINT)
+        self.assertEqual(self.exported_files(), ["song"])
+        self.assertEqual((self.out / "song").read_bytes(), b"mine")
 
 
 if __name__ == "__main__":
