@@ -1,6 +1,8 @@
 #include "cli/export/export_run.h"
 
+#include <algorithm>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "cli/base/paths.h"
@@ -20,26 +22,52 @@ ExportRun::ExportRun(Source& source, Destination& destination, Journal& journal,
       fates_(plan.tracks.size(), Fate::kPending) {}
 
 void ExportRun::Run() {
-  for (; current_ < plan_.tracks.size() && stop_ == Stop::kNone; ++current_) {
-    if (InterruptRequested()) {
-      stop_ = Stop::kInterrupt;
-      return;
+  {
+    std::vector<std::jthread> others;
+    for (std::size_t i = 1; i < std::min(source_.FetchesAtOnce(), plan_.tracks.size()); ++i) {
+      others.emplace_back([this] { Work(); });
     }
-    PlannedTrack& track = plan_.tracks[current_];
-    Outcome outcome;
-    try {
-      outcome = Export(track);
-    } catch (const Failure& failure) {
-      // The journal takes no more.
-      outcome = {Fate::kFailed, failure.what(), 0, Stop::kDestination};
+    Work();
+  }
+  if (failure_) std::rethrow_exception(failure_);
+}
+
+void ExportRun::Work() {
+  Lock lock(mutex_);
+  try {
+    while (next_ < plan_.tracks.size() && stop_ == Stop::kNone) {
+      if (InterruptRequested()) {
+        stop_ = Stop::kInterrupt;
+        return;
+      }
+      const std::size_t index = next_++;
+      Outcome outcome = Export(plan_.tracks[index], lock);
+      // What has ended the run is told of one track.
+      if (outcome.stop != Stop::kNone && outcome.stop == stop_) outcome.fate = Fate::kPending;
+      fates_[index] = outcome.fate;
+      if (stop_ == Stop::kNone) stop_ = flusher_.Error() ? Stop::kDestination : outcome.stop;
+      outcomes_.emplace(index, outcome);
+      TellOutcomes();
     }
-    fates_[current_] = outcome.fate;
-    report_.Tell(track, outcome.fate, outcome.bytes, outcome.problem);
-    stop_ = flusher_.Error() ? Stop::kDestination : outcome.stop;
+  } catch (...) {
+    if (!lock.owns_lock()) lock.lock();
+    failure_ = std::current_exception();
+    stop_ = Stop::kDestination;
   }
 }
 
-ExportRun::Outcome ExportRun::Export(PlannedTrack& track) {
+void ExportRun::TellOutcomes() {
+  for (auto next = outcomes_.begin(); next != outcomes_.end() && next->first == told_;) {
+    const Outcome& outcome = next->second;
+    const PlannedTrack& track = plan_.tracks[told_++];
+    if (outcome.fate != Fate::kPending) {
+      report_.Tell(track, outcome.fate, outcome.bytes, outcome.problem);
+    }
+    next = outcomes_.erase(next);
+  }
+}
+
+ExportRun::Outcome ExportRun::Export(PlannedTrack& track, Lock& lock) try {
   if (track.action == Action::kNone) return {Fate::kFailed, track.problem};
   if (track.action == Action::kKeep && track.movesFrom.empty()) return {Fate::kKept, {}};
   LookAgain(track);
@@ -49,7 +77,10 @@ ExportRun::Outcome ExportRun::Export(PlannedTrack& track) {
     if (outcome.fate == Fate::kFailed || track.action == Action::kKeep) return outcome;
   }
   report_.Begin(track);
-  return Copy(track);
+  return Copy(track, lock);
+} catch (const Failure& failure) {
+  // The journal takes no more.
+  return {Fate::kFailed, failure.what(), 0, Stop::kDestination};
 }
 
 void ExportRun::LookAgain(PlannedTrack& track) {
@@ -76,19 +107,23 @@ ExportRun::Outcome ExportRun::Move(PlannedTrack& track) {
     return {Fate::kFailed,
             destination_.Shown(track.name) + ": cannot be renamed: " + ReasonOf(error)};
   }
-  Remember(std::move(record));
+  Remember(track, std::move(record));
   return {Fate::kMoved, {}};
 }
 
-ExportRun::Outcome ExportRun::Copy(PlannedTrack& track) {
+ExportRun::Outcome ExportRun::Copy(PlannedTrack& track, Lock& lock) {
   const std::string part = destination_.NewPart();
-  const FetchResult result =
-      source_.Fetch(track.track.location, destination_.Parts(), part,
-                    [this](std::uint64_t bytes) { report_.Progress(bytes); });
+  lock.unlock();
+  const FetchResult result = source_.Fetch(track.track.location, destination_.Parts(), part,
+                                           [this, &track](std::uint64_t bytes) {
+                                             const Lock toTell(mutex_);
+                                             report_.Progress(track, bytes);
+                                           });
+  lock.lock();
   if (!result.Good()) return Failed(track.name, result);
   switch (track.action) {
     case Action::kCheck:
-      return Settle(track, part);
+      return Settle(track, part, lock);
     case Action::kReplace:
       return Place(track, part, true, Fate::kReplaced);
     default:
@@ -96,13 +131,15 @@ ExportRun::Outcome ExportRun::Copy(PlannedTrack& track) {
   }
 }
 
-ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& part) {
+ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& part, Lock& lock) {
   std::error_code error;
   const bool moves = !track.movesFrom.empty();
   File there = destination_.OpenFile(moves ? track.movesFrom : track.name, error);
   File fetched = destination_.Parts().OpenFile(part, error);
+  lock.unlock();
   const Likeness likeness =
       there.IsOpen() && fetched.IsOpen() ? Compare(there, fetched) : Likeness::kUnread;
+  lock.lock();
   const FileFacts copy = there.IsOpen() ? there.Facts(error) : FileFacts();
   there.Close();
   fetched.Close();
@@ -112,7 +149,7 @@ ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& par
   if (moves && (isCut || likeness == Likeness::kSame)) outcome = Move(track);
   if (likeness == Likeness::kSame || outcome.fate == Fate::kFailed) {
     destination_.RemovePart(part);
-    if (outcome.fate != Fate::kFailed) Remember(RecordOf(track, copy));
+    if (outcome.fate != Fate::kFailed) Remember(track, RecordOf(track, copy));
     return outcome;
   }
   if (isCut) return Place(track, part, true, Fate::kReplaced);
@@ -137,7 +174,7 @@ ExportRun::Outcome ExportRun::Place(PlannedTrack& track, const std::string& part
     destination_.RemovePart(part);
     return Refused(track.name, error);
   }
-  Remember(std::move(record));
+  Remember(track, std::move(record));
   if (copy.size == 0) report_.Complain(track.title + ": its file on the device is empty");
   return {fate, {}, copy.size};
 }
@@ -171,9 +208,9 @@ Record ExportRun::RecordOf(const PlannedTrack& track, const FileFacts& copy) con
   return record;
 }
 
-void ExportRun::Remember(Record record) {
+void ExportRun::Remember(const PlannedTrack& track, Record record) {
   flusher_.Add(std::move(record));
-  remembered_.push_back(current_);
+  remembered_.push_back(static_cast<std::size_t>(&track - plan_.tracks.data()));
 }
 
 void ExportRun::Finish() {

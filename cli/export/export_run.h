@@ -2,6 +2,9 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
+#include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -20,7 +23,8 @@ class ExportRun {
             Flusher& flusher, ExportReport& report);
 
   // Does what the plan says, track by track, until all are done, Ctrl-C was pressed, the source is
-  // gone or the disk is full.
+  // gone or the disk is full. Fetches several files at once where the source can do that; tells of
+  // the tracks in the plan's order.
   void Run();
   // Waits until the copies are on the disk, and tells of those that did not get there.
   void Finish();
@@ -37,20 +41,26 @@ class ExportRun {
     Stop stop = Stop::kNone;
   };
 
-  Outcome Export(PlannedTrack& track);
+  // What one of the threads does.
+  void Work();
+  // These hold the lock, but while they read files.
+  using Lock = std::unique_lock<std::mutex>;
+  Outcome Export(PlannedTrack& track, Lock& lock);
   // Looks once more at what is to be renamed or replaced: the plan may have been made hours ago.
   void LookAgain(PlannedTrack& track);
   // Gives the copy its new name, as it is.
   Outcome Move(PlannedTrack& track);
-  Outcome Copy(PlannedTrack& track);
+  Outcome Copy(PlannedTrack& track, Lock& lock);
   // What becomes of a copy when a file stands at its name.
-  Outcome Settle(PlannedTrack& track, const std::string& part);
+  Outcome Settle(PlannedTrack& track, const std::string& part, Lock& lock);
   Outcome Place(PlannedTrack& track, const std::string& part, bool replaces, Fate fate);
   Outcome Failed(const std::string& name, const FetchResult& result);
   Outcome Refused(const std::string& name, const std::error_code& error);
   Record RecordOf(const PlannedTrack& track, const FileFacts& copy) const;
-  void Remember(Record record);
+  void Remember(const PlannedTrack& track, Record record);
+  void TellOutcomes();
 
+  std::mutex mutex_;  // guards all that follows; the source, and what is open, guard themselves
   Source& source_;
   Destination& destination_;
   Journal& journal_;
@@ -58,9 +68,12 @@ class ExportRun {
   ExportReport& report_;
   Flusher& flusher_;
   std::vector<Fate> fates_;
-  std::vector<std::size_t> remembered_;  // tracks of the plan, in the order of the journal
-  std::size_t current_ = 0;
+  std::vector<std::size_t> remembered_;      // tracks of the plan, in the order of the journal
+  std::size_t next_ = 0;                     // of the plan, to be taken on
+  std::size_t told_ = 0;                     // so many have been told of
+  std::map<std::size_t, Outcome> outcomes_;  // of others
   Stop stop_ = Stop::kNone;
+  std::exception_ptr failure_;  // of a thread
 };
 
 }  // namespace quaylink::cli

@@ -60,10 +60,10 @@ void Flusher::Work() {
     const std::size_t count = durableCount_ + names.size();
     lock.unlock();
     const std::error_code error = destination_.Flush(names);
-    const bool marked = !error && journal_.MarkDurable(count);
+    if (!error) journal_.MarkDurable(count);
     lock.lock();
-    error_ = error || marked ? error : std::make_error_code(std::errc::io_error);
-    if (!error_) durableCount_ = count;
+    error_ = error;
+    if (!error) durableCount_ = count;
   }
 }
 

@@ -196,14 +196,15 @@ void Journal::Add(Record record) {
 
 void Journal::Append(const std::string& line) {
   if (!file_.IsOpen()) Begin();
-  if (const std::error_code error = file_.Write(line)) throw NotWritten(error);
+  // Behind a line that was cut no other would be understood.
+  if (!broken_) broken_ = file_.Write(line);
+  if (broken_) throw NotWritten(broken_);
 }
 
-bool Journal::MarkDurable(std::size_t count) {
+void Journal::MarkDurable(std::size_t count) {
   const std::lock_guard lock(mutex_);
-  if (file_.Write(DurableLine(linesBefore_, linesBefore_ + count))) return false;
+  if (broken_ || file_.Write(DurableLine(linesBefore_, linesBefore_ + count))) return;
   for (std::size_t i = 0; i < count; ++i) added_[i]->durable = true;
-  return true;
 }
 
 void Journal::Flush() {

@@ -15,6 +15,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <unordered_map>
 #include <vector>
 
@@ -68,8 +69,8 @@ class Journal {
   // Says that it has it. Throws a Failure when the line cannot be written.
   void Add(Record record);
   // Says that the first so many records that were added have reached the disk. Any thread may call
-  // this. False when it cannot be written.
-  bool MarkDurable(std::size_t count);
+  // this. Where it cannot be written, the next run looks at them once more.
+  void MarkDurable(std::size_t count);
   // Waits until the journal is on the disk.
   void Flush();
 
@@ -91,6 +92,7 @@ class Journal {
   std::optional<Record> announced_;  // and not known to have got its name
   std::size_t linesBefore_ = 0;      // records that this run has found
   File file_;
+  std::error_code broken_;  // why it takes no more lines
 };
 
 }  // namespace quaylink::cli

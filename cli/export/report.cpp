@@ -175,24 +175,30 @@ void ExportReport::TellStart(bool isDryRun) {
 }
 
 void ExportReport::Begin(const PlannedTrack& track) {
-  track_ = &track;
-  bytesOfTrack_ = 0;
-  TellProgress();
+  underWay_.push_back({&track, 0});
+  TellProgress(track);
 }
 
-void ExportReport::Progress(std::uint64_t bytes) {
+void ExportReport::Progress(const PlannedTrack& track, std::uint64_t bytes) {
   // A file may turn out longer than it was said to be.
-  bytesOfTrack_ = std::min(bytesOfTrack_ + bytes, track_->facts.size);
-  if (!program_.tellsEvents || throttle_.Passes()) TellProgress();
+  std::uint64_t& sum = FindUnderWay(track)->bytes;
+  sum = std::min(sum + bytes, track.facts.size);
+  if (!program_.tellsEvents || throttle_.Passes()) TellProgress(track);
 }
 
-void ExportReport::TellProgress() {
-  const std::uint64_t bytes = bytesBefore_ + bytesOfTrack_;
-  bar_.Show(bytes, track_->title);
+std::vector<ExportReport::UnderWay>::iterator ExportReport::FindUnderWay(
+    const PlannedTrack& track) {
+  return std::ranges::find(underWay_, &track, &UnderWay::track);
+}
+
+void ExportReport::TellProgress(const PlannedTrack& track) {
+  std::uint64_t bytes = bytesBefore_;
+  for (const UnderWay& other : underWay_) bytes += other.bytes;
+  bar_.Show(bytes, track.title);
   if (!program_.tellsEvents) return;
   Json json = EventOf("progress");
-  json["index"] = track_->track.index;
-  json["name"] = track_->title;
+  json["index"] = track.track.index;
+  json["name"] = track.title;
   json["bytes"] = bytes;
   json["total"] = plan_.bytes;
   Print(LineOf(json));
@@ -208,8 +214,10 @@ void ExportReport::Tell(const PlannedTrack& track, Fate fate, std::uint64_t copi
   const auto index = static_cast<std::size_t>(fate);
   ++counts_[index];
   copiedBytes_ += copiedBytes;
-  if (track_) bytesBefore_ += track_->facts.size;
-  track_ = nullptr;
+  if (const auto underWay = FindUnderWay(track); underWay != underWay_.end()) {
+    bytesBefore_ += track.facts.size;
+    underWay_.erase(underWay);
+  }
   if (fate == Fate::kFailed) Complain(track.title + ": " + problem);
   if (program_.tellsEvents) {
     Json json = JsonOf(track);

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "cli/base/program.h"
 #include "cli/export/plan.h"
@@ -38,8 +39,9 @@ class ExportReport {
 
   // A real run: what is to be done, bytes as they come, what became of each track, and the end.
   void Start() { TellStart(false); }
+  // Several tracks may be under way at once.
   void Begin(const PlannedTrack& track);
-  void Progress(std::uint64_t bytes);
+  void Progress(const PlannedTrack& track, std::uint64_t bytes);
   void Tell(const PlannedTrack& track, Fate fate, std::uint64_t copiedBytes,
             const std::string& problem);
   // What was told of a track does not hold any more.
@@ -59,7 +61,12 @@ class ExportReport {
   std::string FileOf(const std::string& name) const;
   Json JsonOf(const PlannedTrack& track) const;
   void TellStart(bool isDryRun);
-  void TellProgress();
+  struct UnderWay {
+    const PlannedTrack* track;
+    std::uint64_t bytes;  // that have come
+  };
+  std::vector<UnderWay>::iterator FindUnderWay(const PlannedTrack& track);
+  void TellProgress(const PlannedTrack& track);
   std::string Summary() const;
   std::string Advice(Stop stop) const;
   void NoteUnnamed() const;
@@ -72,10 +79,8 @@ class ExportReport {
   ProgressBar bar_;
   std::array<std::size_t, kFates> counts_ = {};
   std::uint64_t copiedBytes_ = 0;  // of whole copies
-  // Of those to be fetched: of the tracks before the one under way, and of this one.
-  std::uint64_t bytesBefore_ = 0;
-  std::uint64_t bytesOfTrack_ = 0;
-  const PlannedTrack* track_ = nullptr;  // under way
+  std::uint64_t bytesBefore_ = 0;  // of those to be fetched: of the tracks that were told of
+  std::vector<UnderWay> underWay_;
   Throttle throttle_;
 };
 

@@ -39,7 +39,7 @@ Stop Verify(Source& source, Destination& destination, const Journal& journal, co
     const std::string part = destination.NewPart();
     const FetchResult fetched =
         source.Fetch(track.track.location, destination.Parts(), part,
-                     [&report](std::uint64_t bytes) { report.Progress(bytes); });
+                     [&](std::uint64_t bytes) { report.Progress(track, bytes); });
     if (!fetched.Good() && !source.Answers()) return Stop::kSource;
     const std::string problem =
         fetched.Good() ? ProblemOf(journal.Find(plan.player, track.item), part, destination)

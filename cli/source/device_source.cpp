@@ -82,9 +82,10 @@ std::optional<FileFacts> DeviceSource::Look(const Track& track) {
 FetchResult DeviceSource::Fetch(const std::string& location, const Folder& folder,
                                 const std::string& name, const BytesCallback& tell) {
   if (location.empty()) return NamesNoFile();
-  FolderSource* drive = Drive();
-  FetchResult result = drive ? FetchFromDrive(*drive, DevicePathOf(location), folder, name, tell)
-                             : FetchByLibrary(location, folder, name, tell);
+  if (FolderSource* drive = Drive()) {
+    return drive->Fetch(DevicePathOf(location), folder, name, tell);
+  }
+  FetchResult result = FetchByLibrary(location, folder, name, tell);
   if (!result.Good()) folder.Remove(name);
   return result;
 }
@@ -133,27 +134,6 @@ FolderSource* DeviceSource::Drive() {
   }
   database_.clear();
   return drive_.get();
-}
-
-FetchResult DeviceSource::FetchFromDrive(FolderSource& drive, const std::string& location,
-                                         const Folder& folder, const std::string& name,
-                                         const BytesCallback& tell) const {
-  const Entry entry = drive.LookAt(location);
-  const std::optional<std::string> path = folder.PathForLibrary(name);
-  std::string devicePath = std::string{driveLetter_, ':'} + location;
-  std::ranges::replace(devicePath, '/', '\\');
-  if (path && library_.FileJob(devicePath).copy(path->c_str())) {
-    folder.MakeOrdinary(name);
-    const FileFacts copy = folder.Look(name).facts;
-    if (entry.kind == EntryKind::kFile && copy.size == entry.facts.size) {
-      if (copy.time != entry.facts.time) folder.SetTime(name, entry.facts.time);
-      if (tell) tell(copy.size);
-      return {};
-    }
-  }
-  // It tells no reasons, and does not reach names that Windows would not take.
-  folder.Remove(name);
-  return drive.Fetch(location, folder, name, tell);
 }
 
 FetchResult DeviceSource::FetchByLibrary(const std::string& location, const Folder& folder,

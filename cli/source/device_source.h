@@ -20,6 +20,8 @@ class DeviceSource : public Source {
   std::optional<FileFacts> Look(const Track& track) override;
   FetchResult Fetch(const std::string& location, const Folder& folder, const std::string& name,
                     const BytesCallback& tell) override;
+  // The library is for one thread.
+  std::size_t FetchesAtOnce() override { return Drive() ? drive_->FetchesAtOnce() : 1; }
   std::string ObstacleIn(const Folder& folder) override;
   std::vector<MusicFile> MusicFiles() override;
   bool Answers() override;
@@ -29,8 +31,6 @@ class DeviceSource : public Source {
   // The player's drive as a folder, which tells what the library does not: sizes, times, and why a
   // file cannot be read. Null when it is not known which of the mounted ones it is.
   FolderSource* Drive();
-  FetchResult FetchFromDrive(FolderSource& drive, const std::string& location, const Folder& folder,
-                             const std::string& name, const BytesCallback& tell) const;
   FetchResult FetchByLibrary(const std::string& location, const Folder& folder,
                              const std::string& name, const BytesCallback& tell) const;
   FetchResult NotCopied(const std::string& location, const Folder& folder) const;

@@ -18,6 +18,8 @@ namespace fs = std::filesystem;
 constexpr std::string_view kControlFolders[] = {"iPod_Control", "iTunes_Control"};
 // So often the caller hears of a long file.
 constexpr std::uint64_t kStep = 4u << 20u;
+// A disk that turns takes its time to go from one long file to another and back.
+constexpr std::uint64_t kLong = 1u << 20u;
 constexpr std::uint64_t kLargestDatabase = 1u << 30u;
 
 bool IsName(std::string_view name) {
@@ -148,6 +150,8 @@ FetchResult FolderSource::Fetch(const std::string& location, const Folder& folde
   if (IsMissing(error) && !Answers()) return NotRead(location, ReasonOf(error));
   if (error) return NotOpened(location, error);
   const FileFacts facts = source.FactsWhenOpened();
+  std::unique_lock alone(longFile_, std::defer_lock);
+  if (facts.size > kLong) alone.lock();
   File copy = folder.MakeFile(name, error);
   if (error) return NotTaken(error);
   FetchResult result = CopyContents(location, source, facts, copy, tell);
@@ -235,6 +239,7 @@ FolderSource::OpenedFolder& FolderSource::FolderOf(std::string_view path) {
 
 File FolderSource::OpenFileAt(const std::string& location, std::error_code& error) {
   const auto [path, name] = Split(location);
+  const std::lock_guard lock(opening_);
   OpenedFolder& opened = FolderOf(path);
   error = opened.error;
   if (!error && !IsName(name)) error = std::make_error_code(std::errc::no_such_file_or_directory);

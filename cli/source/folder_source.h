@@ -4,6 +4,7 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <optional>
 #include <unordered_map>
 
@@ -11,7 +12,7 @@
 
 namespace quaylink::cli {
 
-// For one thread at a time.
+// Fetch and Answers are for several threads at once, all else for one.
 class FolderSource : public Source {
  public:
   // Throws a Failure when it cannot be opened, or holds nothing of a player.
@@ -25,6 +26,7 @@ class FolderSource : public Source {
   Entry LookAt(const std::string& location);
   FetchResult Fetch(const std::string& location, const Folder& folder, const std::string& name,
                     const BytesCallback& tell) override;
+  std::size_t FetchesAtOnce() override { return 2; }
   std::vector<MusicFile> MusicFiles() override;
   bool Answers() override;
 
@@ -53,9 +55,11 @@ class FolderSource : public Source {
                      std::vector<MusicFile>& files);
 
   std::filesystem::path path_;
+  std::mutex opening_;  // guards what is open
   OpenedFolder root_;
   std::unordered_map<std::string, FileFacts> seen_;           // files, when the music was listed
   std::map<std::string, OpenedFolder, std::less<>> folders_;  // below the root, by their paths
+  std::mutex longFile_;                                       // held by who reads one
 };
 
 }  // namespace quaylink::cli

@@ -1,6 +1,7 @@
 // Where music comes from: an attached device, or a folder that holds what a player holds.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -61,6 +62,9 @@ class Source {
   // and its time where the source knows it. A file that could not be fetched is not left there.
   virtual FetchResult Fetch(const std::string& location, const Folder& folder,
                             const std::string& name, const BytesCallback& tell) = 0;
+
+  // So many threads may fetch at once, and ask whether the source answers.
+  virtual std::size_t FetchesAtOnce() { return 1; }
 
   // What keeps Fetch from making any file in that folder; empty when nothing does.
   virtual std::string ObstacleIn(const Folder&) { return {}; }

@@ -198,10 +198,13 @@ class Export(ProgramTest):
         output = pipe.read()
         errors = process.communicate(timeout=60)[1].decode()
         self.assertEqual(process.returncode, 1)
-        self.assertIn("1 copied (30.0 kB), 0 already there, 1 failed, 3 not reached", output)
-        self.assertEqual(errors, "quaylink: AC/DC - What?: the device has gone away, or does not "
-                         "answer any more\nAttach the device again, and run the same command again.\n")
-        self.assertEqual(self.exported_files(), EXPORTED[:1])
+        # The next one may have been read before.
+        copied = self.exported_files()
+        self.assertIn(copied, (EXPORTED[:1], sorted(EXPORTED[:2]), sorted([EXPORTED[0], EXPORTED[2]])))
+        self.assertIn(f"{len(copied)} copied", output)
+        self.assertIn(f" 0 already there, 1 failed, {4 - len(copied)} not reached", output)
+        self.assertRegex(errors, "^quaylink: .*: the device has gone away, or does not answer any more\n"
+                         "Attach the device again, and run the same command again.\n$")
         (self.folder / "unplugged").rename(self.machine.drive)
         self.run_program("export", self.out)
         self.check_export()

@@ -58,26 +58,29 @@ class Events(ExportTest):
                 self.assertEqual(json.loads(output), {"event": "end", "format": 1, "status": status,
                                                       "error": errors.removeprefix("quaylink: ").rstrip("\n")})
 
-    def test_progress_names_the_track_under_way_and_reaches_the_total(self):
+    def test_progress_names_the_tracks_under_way_and_counts_what_came(self):
         self.export()
         (self.out / EXPORTED[1]).unlink()
         (self.out / EXPORTED[4]).unlink()
         for options, fetched in (([], [1, 4]), (["--verify"], [0, 1, 2, 3, 4])):
             start, *events, end = self.events(*options)
-            under_way = None
+            begun, fates = {}, {}
             bytes_before = 0
             for event in events:
                 if event["event"] == "progress":
-                    under_way = event["index"]
+                    # Several may be under way.
+                    begun.setdefault(event["index"], event["bytes"])
+                    self.assertNotIn(event["index"], fates)
                     self.assertGreaterEqual(event["bytes"], bytes_before)
                     self.assertEqual(event["total"], start["bytes"])
                     bytes_before = event["bytes"]
-                elif event["index"] in fetched:
-                    self.assertEqual(under_way, event["index"])
-            begun = {event["index"]: event["bytes"] for event in reversed(events) if event["event"] == "progress"}
+                else:
+                    fates[event["index"]] = event["result"]
+            self.assertEqual(list(begun), fetched)
+            self.assertEqual(list(fates), list(range(len(TRACKS))))
             sizes = [len(contents_of(number)) for number in fetched]
-            self.assertEqual(begun, {index: sum(sizes[:i]) for i, index in enumerate(fetched)})
             self.assertEqual(start["bytes"], sum(sizes))
+            self.assertLessEqual(bytes_before, sum(sizes))
             self.assertEqual(end["status"], 0)
             # Each track has one fate.
             self.assertEqual(sum(end.get(fate, 0) for fate in (

@@ -202,6 +202,24 @@ class Identity(ExportTest):
         self.assertEqual(self.results(), ["skipped", "replaced", "skipped", "skipped", "skipped"])
         self.check_export()
 
+    def test_journal_that_cannot_be_understood_is_kept(self):
+        self.export()
+        journal = self.out / JOURNAL
+        newer = journal.read_bytes().replace(b'"format":1', b'"format":2')
+        journal.write_bytes(newer)
+        for option in ([], ["--verify"], ["--dry-run"]):
+            self.assertIn("newer edition", self.failure("export", "--from", self.player, self.out, *option))
+        self.assertEqual(journal.read_bytes(), newer)
+
+    def test_journal_that_takes_no_more_ends_the_run_with_its_summary(self):
+        for number in range(5):
+            self.music(number).write_bytes(contents_of(number)[:100])
+        output, errors = self.run_program("export", "--from", self.player, self.out, status=1,
+                                          preexec_fn=lambda: limit_file_size(800))
+        self.assertRegex(output, r"[12] copied \(.*\), 0 already there, 1 failed, [23] not reached\n$")
+        self.assertIn("quaylink-journal: cannot be written", errors)
+        self.assertEqual(self.results("--no-playlists").count("failed"), 0)
+
     def test_copy_that_had_just_got_its_name_when_the_run_was_killed_is_known(self):
         self.export()
         tracks = list(TRACKS)
