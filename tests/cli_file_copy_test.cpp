@@ -1,13 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <optional>
 #include <string>
 
 #include "cli/source/file_copy.h"
 #include "cli/text/formats.h"
+#include "support/scratch_folder.h"
 
 namespace quaylink::test {
 namespace {
@@ -16,24 +15,8 @@ using namespace cli;
 
 namespace fs = std::filesystem;
 
-void WriteFile(const fs::path& path, const std::string& contents) {
-  std::ofstream(path, std::ios::binary) << contents;
-}
-
-std::optional<std::string> ReadFile(const fs::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  if (!stream) return std::nullopt;
-  return std::string(std::istreambuf_iterator<char>(stream), {});
-}
-
-class FileCopy : public testing::Test {
+class FileCopy : public ScratchFolder {
  protected:
-  void SetUp() override {
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
   // A job that writes some contents and then claims what it is told to claim.
   static CopyJob JobOf(const std::string& contents, bool claim, bool noticesWriteErrors = true) {
     CopyJob job;
@@ -50,10 +33,6 @@ class FileCopy : public testing::Test {
     return static_cast<std::size_t>(std::distance(fs::directory_iterator(folder_), {}));
   }
 
-  const fs::path folder_ =
-      fs::path(testing::TempDir()) /
-      ("cli_file_copy_" +
-       std::string(testing::UnitTest::GetInstance()->current_test_info()->name()));
   const fs::path file_ = folder_ / "song.mp3";
 };
 

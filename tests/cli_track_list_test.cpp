@@ -94,7 +94,7 @@ TEST(Strings, WidthCountsColumnsNotBytes) {
   EXPECT_EQ(Fit("abc", 0), "");
 }
 
-Track MakeTrack(std::uint32_t index, const char* artist, const char* album, const char* title) {
+Track ListedTrack(std::uint32_t index, const char* artist, const char* album, const char* title) {
   Track track;
   track.index = index;
   track.artist = artist;
@@ -107,10 +107,10 @@ Track MakeTrack(std::uint32_t index, const char* artist, const char* album, cons
 }
 
 std::vector<Track> SomeTracks() {
-  return {MakeTrack(0, "shiosai", "The Day Of The Big Tide", "岬の灯へ向かう小さな舟歌"),
-          MakeTrack(1, "Björk", "Post, \"live\"", "Army\nof Me"),
-          MakeTrack(2, "abba", "Gold", "Waterloo"), MakeTrack(3, "ABBA", "Arrival", "Tiger"),
-          MakeTrack(4, "", "", "A title that is much longer than the others of this list")};
+  return {ListedTrack(0, "shiosai", "The Day Of The Big Tide", "岬の灯へ向かう小さな舟歌"),
+          ListedTrack(1, "Björk", "Post, \"live\"", "Army\nof Me"),
+          ListedTrack(2, "abba", "Gold", "Waterloo"), ListedTrack(3, "ABBA", "Arrival", "Tiger"),
+          ListedTrack(4, "", "", "A title that is much longer than the others of this list")};
 }
 
 TEST(TrackList, TableFitsEveryWidthWithItsColumnsAligned) {

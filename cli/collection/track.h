@@ -11,7 +11,7 @@ namespace quaylink::cli {
 // The strings belong to the collection that the track is of. A location of a player's drive begins
 // with the drive's letter.
 struct Track : QuaylinkTrack {
-  Track() : QuaylinkTrack{} {}
+  Track() : QuaylinkTrack() {}
 
   std::uint32_t index = 0;  // in the collection
 };

@@ -13,7 +13,7 @@ namespace quaylink::cli {
 namespace {
 
 // Grows when programs that read the events have to be changed.
-constexpr int kFormat = 1;
+constexpr int kEventFormat = 1;
 
 constexpr std::array<const char*, kFates> kFateNames = {"notReached", "copied", "replaced",
                                                         "skipped",    "moved",  "failed"};
@@ -50,7 +50,7 @@ std::string Counted(std::size_t count, const char* word) {
 void TellFailure(const Program& program, const std::string& message, int status) {
   if (!program.tellsEvents) return;
   Json json = EventOf("end");
-  json["format"] = kFormat;
+  json["format"] = kEventFormat;
   json["status"] = status;
   json["error"] = message;
   // What cannot be told any more is the output's own failure.
@@ -163,7 +163,7 @@ void ExportReport::ShowPlan(int status) {
 void ExportReport::TellStart(bool isDryRun) {
   if (!program_.tellsEvents) return;
   Json json = EventOf("start");
-  json["format"] = kFormat;
+  json["format"] = kEventFormat;
   json["command"] = kCommandNames[static_cast<std::size_t>(kind_)];
   json["dryRun"] = isDryRun;
   json["folder"] = Utf8Of(folder_);

@@ -125,8 +125,12 @@ NamePattern::Piece NamePattern::PieceCalled(std::string_view name) {
   if (name == "file") return {Piece::Kind::kFile, {}, nullptr};
   const Property* property = FindProperty(name);
   if (!property) {
-    throw std::invalid_argument("{" + std::string(name) + "} is no property of tracks; " +
-                                std::string(kWholeManual) + " lists them");
+    std::string message = "{";
+    message.append(name)
+        .append("} is no property of tracks; ")
+        .append(kWholeManual)
+        .append(" lists them");
+    throw std::invalid_argument(message);
   }
   return {Piece::Kind::kProperty, {}, property};
 }

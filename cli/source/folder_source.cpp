@@ -271,7 +271,8 @@ void FolderSource::AddMusicFiles(const std::string& folder, std::vector<std::str
   for (const std::string& name : names) {
     // Other systems keep there what their own files have besides their contents.
     if (name.starts_with("._")) continue;
-    const std::string location = folder + '/' + name;
+    std::string location = folder;
+    location.append(1, '/').append(name);
     const Entry entry = opened.folder.Look(name);
     if (entry.kind == EntryKind::kFolder) {
       foldersBelow.push_back(location);

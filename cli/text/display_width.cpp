@@ -8,12 +8,12 @@
 namespace quaylink::cli {
 namespace {
 
-struct Range {
+struct CharacterRange {
   char32_t first, last;
 };
 
 // Marks written over or joined to the character before them, in ascending order.
-constexpr Range kNoColumn[] = {
+constexpr CharacterRange kNoColumn[] = {
     {0x300, 0x36F},     {0x483, 0x489},     {0x591, 0x5BD},     {0x5BF, 0x5BF},
     {0x5C1, 0x5C2},     {0x5C4, 0x5C5},     {0x5C7, 0x5C7},     {0x610, 0x61A},
     {0x64B, 0x65F},     {0x670, 0x670},     {0x6D6, 0x6DC},     {0x6DF, 0x6E4},
@@ -37,7 +37,7 @@ constexpr Range kNoColumn[] = {
 };
 
 // Characters of double width, in ascending order.
-constexpr Range kTwoColumns[] = {
+constexpr CharacterRange kTwoColumns[] = {
     {0x1100, 0x115F},   {0x231A, 0x231B},   {0x2329, 0x232A},   {0x23E9, 0x23EC},
     {0x23F0, 0x23F0},   {0x23F3, 0x23F3},   {0x25FD, 0x25FE},   {0x2614, 0x2615},
     {0x2648, 0x2653},   {0x267F, 0x267F},   {0x2693, 0x2693},   {0x26A1, 0x26A1},
@@ -62,10 +62,10 @@ constexpr Range kTwoColumns[] = {
 };
 
 template <std::size_t kCount>
-bool IsIn(const Range (&ranges)[kCount], char32_t character) {
+bool IsIn(const CharacterRange (&ranges)[kCount], char32_t character) {
   const auto* range = std::lower_bound(
       std::begin(ranges), std::end(ranges), character,
-      [](const Range& candidate, char32_t value) { return candidate.last < value; });
+      [](const CharacterRange& candidate, char32_t value) { return candidate.last < value; });
   return range != std::end(ranges) && character >= range->first;
 }
 
