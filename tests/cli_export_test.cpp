@@ -91,7 +91,7 @@ class ExportTo : public ScratchFolder {
     Flusher flusher(destination, journal);
     ExportRun run(source_, destination, journal, plan, flusher, report);
     run.Run();
-    run.Finish();
+    run.WaitForDisk();
     return run.Fates();
   }
 

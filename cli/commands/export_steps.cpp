@@ -29,7 +29,7 @@ int FillFolder(const Program& program, const FolderJob& job) {
   run.Run();
   const bool completed =
       report.Left() > 0 || job.complete({plan, run.Fates(), destination, journal, flusher, report});
-  run.Finish();
+  run.WaitForDisk();
   int status = StatusAfter(report, plan, run.StoppedBy());
   if (!completed) status = kFailure;
   report.End(status, run.StoppedBy());

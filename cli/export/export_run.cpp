@@ -10,6 +10,13 @@
 #include "cli/system/system.h"
 
 namespace quaylink::cli {
+namespace {
+
+// Threads that wait for each other at every small file take longer than one alone.
+constexpr std::size_t kMostJobs = 32;
+constexpr std::uint64_t kEnoughBytes = 1u << 20u;
+
+}  // namespace
 
 ExportRun::ExportRun(Source& source, Destination& destination, Journal& journal, Plan& plan,
                      Flusher& flusher, ExportReport& report)
@@ -35,19 +42,18 @@ void ExportRun::Run() {
 void ExportRun::Work() {
   Lock lock(mutex_);
   try {
-    while (next_ < plan_.tracks.size() && stop_ == Stop::kNone) {
-      if (InterruptRequested()) {
-        stop_ = Stop::kInterrupt;
-        return;
+    for (std::vector<Job> jobs = TakeJobs(); !jobs.empty(); jobs = TakeJobs()) {
+      lock.unlock();
+      for (Job& job : jobs) {
+        const PlannedTrack& track = plan_.tracks[job.index];
+        job.result = source_.Fetch(track.track.location, destination_.Parts(), job.part,
+                                   [this, &track](std::uint64_t bytes) {
+                                     const Lock toTell(mutex_);
+                                     report_.Progress(track, bytes);
+                                   });
       }
-      const std::size_t index = next_++;
-      Outcome outcome = Export(plan_.tracks[index], lock);
-      // What has ended the run is told of one track.
-      if (outcome.stop != Stop::kNone && outcome.stop == stop_) outcome.fate = Fate::kPending;
-      fates_[index] = outcome.fate;
-      if (stop_ == Stop::kNone) stop_ = flusher_.Error() ? Stop::kDestination : outcome.stop;
-      outcomes_.emplace(index, outcome);
-      TellOutcomes();
+      lock.lock();
+      for (const Job& job : jobs) Conclude(job.index, Finish(job, lock));
     }
   } catch (...) {
     if (!lock.owns_lock()) lock.lock();
@@ -56,31 +62,71 @@ void ExportRun::Work() {
   }
 }
 
-void ExportRun::TellOutcomes() {
+std::vector<ExportRun::Job> ExportRun::TakeJobs() {
+  const std::size_t most = source_.FetchesAtOnce() > 1 ? kMostJobs : 1;
+  std::vector<Job> jobs;
+  std::uint64_t bytes = 0;
+  while (next_ < plan_.tracks.size() && stop_ == Stop::kNone && jobs.size() < most &&
+         bytes < kEnoughBytes) {
+    if (InterruptRequested()) {
+      stop_ = Stop::kInterrupt;
+      break;
+    }
+    const std::size_t index = next_++;
+    PlannedTrack& track = plan_.tracks[index];
+    if (std::optional<Outcome> outcome = Prepare(track)) {
+      Conclude(index, std::move(*outcome));
+      continue;
+    }
+    report_.Begin(track);
+    jobs.push_back({index, destination_.NewPart()});
+    bytes += track.facts.size;
+  }
+  return jobs;
+}
+
+std::optional<ExportRun::Outcome> ExportRun::Prepare(PlannedTrack& track) try {
+  if (track.action == Action::kNone) return Outcome{Fate::kFailed, track.problem};
+  if (track.action == Action::kKeep && track.movesFrom.empty()) return Outcome{Fate::kKept, {}};
+  LookAgain(track);
+  // What is to be checked moves when it has turned out to be the track's.
+  if (track.movesFrom.empty() || track.action == Action::kCheck) return std::nullopt;
+  const Outcome outcome = Move(track);
+  const bool isDone = outcome.fate == Fate::kFailed || track.action == Action::kKeep;
+  return isDone ? std::optional(outcome) : std::nullopt;
+} catch (const Failure& failure) {
+  return Broken(failure);
+}
+
+ExportRun::Outcome ExportRun::Finish(const Job& job, Lock& lock) try {
+  PlannedTrack& track = plan_.tracks[job.index];
+  if (!job.result.Good()) return Failed(track.name, job.result);
+  switch (track.action) {
+    case Action::kCheck:
+      return Settle(track, job.part, lock);
+    case Action::kReplace:
+      return Place(track, job.part, true, Fate::kReplaced);
+    default:
+      return Place(track, job.part, false, Fate::kCopied);
+  }
+} catch (const Failure& failure) {
+  return Broken(failure);
+}
+
+void ExportRun::Conclude(std::size_t index, Outcome outcome) {
+  // What has ended the run is told of one track.
+  if (outcome.stop != Stop::kNone && outcome.stop == stop_) outcome.fate = Fate::kPending;
+  fates_[index] = outcome.fate;
+  if (stop_ == Stop::kNone) stop_ = flusher_.Error() ? Stop::kDestination : outcome.stop;
+  outcomes_.emplace(index, std::move(outcome));
   for (auto next = outcomes_.begin(); next != outcomes_.end() && next->first == told_;) {
-    const Outcome& outcome = next->second;
     const PlannedTrack& track = plan_.tracks[told_++];
-    if (outcome.fate != Fate::kPending) {
-      report_.Tell(track, outcome.fate, outcome.bytes, outcome.problem);
+    const Outcome& known = next->second;
+    if (known.fate != Fate::kPending) {
+      report_.Tell(track, known.fate, known.bytes, known.problem);
     }
     next = outcomes_.erase(next);
   }
-}
-
-ExportRun::Outcome ExportRun::Export(PlannedTrack& track, Lock& lock) try {
-  if (track.action == Action::kNone) return {Fate::kFailed, track.problem};
-  if (track.action == Action::kKeep && track.movesFrom.empty()) return {Fate::kKept, {}};
-  LookAgain(track);
-  // What is to be checked moves when it has turned out to be the track's.
-  if (!track.movesFrom.empty() && track.action != Action::kCheck) {
-    Outcome outcome = Move(track);
-    if (outcome.fate == Fate::kFailed || track.action == Action::kKeep) return outcome;
-  }
-  report_.Begin(track);
-  return Copy(track, lock);
-} catch (const Failure& failure) {
-  // The journal takes no more.
-  return {Fate::kFailed, failure.what(), 0, Stop::kDestination};
 }
 
 void ExportRun::LookAgain(PlannedTrack& track) {
@@ -110,26 +156,6 @@ ExportRun::Outcome ExportRun::Move(PlannedTrack& track) {
   }
   Remember(track, std::move(record));
   return {Fate::kMoved, {}};
-}
-
-ExportRun::Outcome ExportRun::Copy(PlannedTrack& track, Lock& lock) {
-  const std::string part = destination_.NewPart();
-  lock.unlock();
-  const FetchResult result = source_.Fetch(track.track.location, destination_.Parts(), part,
-                                           [this, &track](std::uint64_t bytes) {
-                                             const Lock toTell(mutex_);
-                                             report_.Progress(track, bytes);
-                                           });
-  lock.lock();
-  if (!result.Good()) return Failed(track.name, result);
-  switch (track.action) {
-    case Action::kCheck:
-      return Settle(track, part, lock);
-    case Action::kReplace:
-      return Place(track, part, true, Fate::kReplaced);
-    default:
-      return Place(track, part, false, Fate::kCopied);
-  }
 }
 
 ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& part, Lock& lock) {
@@ -182,6 +208,11 @@ ExportRun::Outcome ExportRun::Place(PlannedTrack& track, const std::string& part
   return {fate, {}, copy.size};
 }
 
+// The journal takes no more.
+ExportRun::Outcome ExportRun::Broken(const Failure& failure) {
+  return {Fate::kFailed, failure.what(), 0, Stop::kDestination};
+}
+
 ExportRun::Outcome ExportRun::Failed(const std::string& name, const FetchResult& result) {
   const bool isOurs =
       result.kind == FetchResult::Kind::kRefused || result.kind == FetchResult::Kind::kFull;
@@ -216,7 +247,7 @@ void ExportRun::Remember(const PlannedTrack& track, Record record) {
   remembered_.push_back(static_cast<std::size_t>(&track - plan_.tracks.data()));
 }
 
-void ExportRun::Finish() {
+void ExportRun::WaitForDisk() {
   flusher_.Finish();
   journal_.Flush();
   const std::error_code error = flusher_.Error();

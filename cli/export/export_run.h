@@ -5,6 +5,7 @@
 #include <exception>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,7 @@ class ExportRun {
   // the tracks in the plan's order.
   void Run();
   // Waits until the copies are on the disk, and tells of those that did not get there.
-  void Finish();
+  void WaitForDisk();
 
   // What became of each track of the plan.
   const std::vector<Fate>& Fates() const { return fates_; }
@@ -41,24 +42,37 @@ class ExportRun {
     Stop stop = Stop::kNone;
   };
 
+  // A file to be fetched, or that was.
+  struct Job {
+    std::size_t index;  // of its track in the plan
+    std::string part;
+    FetchResult result = {};
+  };
+
   // What one of the threads does.
   void Work();
-  // These hold the lock, but while they read files.
+  // Everything below is done by who holds the lock.
   using Lock = std::unique_lock<std::mutex>;
-  Outcome Export(PlannedTrack& track, Lock& lock);
+  // Takes on tracks until there are files to be fetched, of small ones so many that it is worth
+  // the while.
+  std::vector<Job> TakeJobs();
+  // What becomes of a track without its file; nothing when that has to be fetched.
+  std::optional<Outcome> Prepare(PlannedTrack& track);
+  // What becomes of it with the file.
+  Outcome Finish(const Job& job, Lock& lock);
+  void Conclude(std::size_t index, Outcome outcome);
   // Looks once more at what is to be renamed or replaced: the plan may have been made hours ago.
   void LookAgain(PlannedTrack& track);
   // Gives the copy its new name, as it is.
   Outcome Move(PlannedTrack& track);
-  Outcome Copy(PlannedTrack& track, Lock& lock);
-  // What becomes of a copy when a file stands at its name.
+  // What becomes of a copy when a file stands at its name. Gives the lock up while it compares.
   Outcome Settle(PlannedTrack& track, const std::string& part, Lock& lock);
   Outcome Place(PlannedTrack& track, const std::string& part, bool replaces, Fate fate);
+  static Outcome Broken(const Failure& failure);
   Outcome Failed(const std::string& name, const FetchResult& result);
   Outcome Refused(const std::string& name, const std::error_code& error);
   Record RecordOf(const PlannedTrack& track, const FileFacts& copy) const;
   void Remember(const PlannedTrack& track, Record record);
-  void TellOutcomes();
 
   std::mutex mutex_;  // guards all that follows; the source, and what is open, guard themselves
   Source& source_;
