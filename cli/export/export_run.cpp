@@ -16,6 +16,11 @@ namespace {
 constexpr std::size_t kMostJobs = 32;
 constexpr std::uint64_t kEnoughBytes = 1u << 20u;
 
+// Its copy is there, and the plan has counted on room for one such file more.
+bool TakesRoomTwice(const PlannedTrack& track) {
+  return track.action == Action::kCheck || track.action == Action::kReplace;
+}
+
 }  // namespace
 
 ExportRun::ExportRun(Source& source, Destination& destination, Journal& journal, Plan& plan,
@@ -44,14 +49,9 @@ void ExportRun::Work() {
   try {
     for (std::vector<Job> jobs = TakeJobs(); !jobs.empty(); jobs = TakeJobs()) {
       lock.unlock();
-      for (Job& job : jobs) {
-        const PlannedTrack& track = plan_.tracks[job.index];
-        job.result = source_.Fetch(track.track.location, destination_.Parts(), job.part,
-                                   [this, &track](std::uint64_t bytes) {
-                                     const Lock toTell(mutex_);
-                                     report_.Progress(track, bytes);
-                                   });
-      }
+      Lock alone(alone_, std::defer_lock);
+      if (TakesRoomTwice(plan_.tracks[jobs.front().index])) alone.lock();
+      for (Job& job : jobs) Fetch(job);
       lock.lock();
       for (const Job& job : jobs) Conclude(job.index, Finish(job, lock));
     }
@@ -74,6 +74,10 @@ std::vector<ExportRun::Job> ExportRun::TakeJobs() {
     }
     const std::size_t index = next_++;
     PlannedTrack& track = plan_.tracks[index];
+    if (!jobs.empty() && TakesRoomTwice(track)) {
+      --next_;
+      break;
+    }
     if (std::optional<Outcome> outcome = Prepare(track)) {
       Conclude(index, std::move(*outcome));
       continue;
@@ -81,8 +85,21 @@ std::vector<ExportRun::Job> ExportRun::TakeJobs() {
     report_.Begin(track);
     jobs.push_back({index, destination_.NewPart()});
     bytes += track.facts.size;
+    if (TakesRoomTwice(track)) break;
   }
   return jobs;
+}
+
+void ExportRun::Fetch(Job& job) {
+  const PlannedTrack& track = plan_.tracks[job.index];
+  BytesCallback tell;
+  if (track.facts.size > kEnoughBytes) {
+    tell = [this, &track](std::uint64_t bytes) {
+      const Lock lock(mutex_);
+      report_.Progress(track, bytes);
+    };
+  }
+  job.result = source_.Fetch(track.track.location, destination_.Parts(), job.part, tell);
 }
 
 std::optional<ExportRun::Outcome> ExportRun::Prepare(PlannedTrack& track) try {

@@ -51,6 +51,7 @@ class ExportRun {
 
   // What one of the threads does.
   void Work();
+  void Fetch(Job& job);
   // Everything below is done by who holds the lock.
   using Lock = std::unique_lock<std::mutex>;
   // Takes on tracks until there are files to be fetched, of small ones so many that it is worth
@@ -75,6 +76,7 @@ class ExportRun {
   void Remember(const PlannedTrack& track, Record record);
 
   std::mutex mutex_;  // guards all that follows; the source, and what is open, guard themselves
+  std::mutex alone_;  // held by who fetches a file whose copy is there; taken before the other one
   Source& source_;
   Destination& destination_;
   Journal& journal_;

@@ -28,7 +28,7 @@ class Planner {
       }
       Add(wanted);
     }
-    plan_.room += twice_ * source_.FetchesAtOnce();
+    plan_.room += twice_;
     plan_.free = destination_.FreeBytes();
   }
 
@@ -137,7 +137,7 @@ class Planner {
   Source& source_;
   Destination& destination_;
   const Journal& journal_;
-  std::uint64_t twice_ = 0;  // the largest file of those that are fetched once again
+  std::uint64_t twice_ = 0;  // the largest file of those that are fetched once again, one by one
 };
 
 }  // namespace

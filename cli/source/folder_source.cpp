@@ -64,7 +64,7 @@ FetchResult CopyContents(const std::string& location, File& source, const FileFa
     bool readingFailed = false;
     const std::uint64_t count = copy.Append(source, most, error, readingFailed);
     if (error) return readingFailed ? NotRead(location, ReasonOf(error)) : NotTaken(error);
-    if (tell && count < left) tell(count);
+    if (tell) tell(count);
     if (count < most) return NotRead(location, "it ends early");
     left -= count;
   }

@@ -31,8 +31,8 @@ struct FetchResult {
   bool Good() const { return kind == Kind::kGood; }
 };
 
-// Is told of bytes as they come, each time how many more, but not of a file's last ones; not every
-// source can tell.
+// Is told of bytes as they come, each time how many more; not every source can tell. Empty where
+// nobody wants to know.
 using BytesCallback = std::function<void(std::uint64_t)>;
 
 // The database and what lies beside it, as they are.
