@@ -9,12 +9,26 @@
 namespace quaylink::cli {
 namespace {
 
+namespace fs = std::filesystem;
+
 constexpr std::string_view kFinishing =
     "Finishing what is under way; press Ctrl-C again to stop at once.\n";
+
+// What is copied to the player itself would be lost with it.
+void RequireOtherDrive(const FolderJob& job) {
+  std::error_code error;
+  fs::path path = fs::absolute(job.folder, error);
+  while (!fs::exists(path, error) && path != path.parent_path()) path = path.parent_path();
+  const Folder folder = Folder::Open(path, error);
+  if (folder.IsOpen() && job.source.Holds(folder)) {
+    throw Failure(Shown(job.folder) + ": is on the player itself; choose another");
+  }
+}
 
 }  // namespace
 
 int FillFolder(const Program& program, const FolderJob& job) {
+  RequireOtherDrive(job);
   FinishOnInterrupt(program);
   Destination destination(job.folder, Destination::Use::kWrite);
   const std::string obstacle = job.source.ObstacleIn(destination.Parts());
@@ -37,6 +51,7 @@ int FillFolder(const Program& program, const FolderJob& job) {
 }
 
 int ShowFolderPlan(const Program& program, const FolderJob& job) {
+  RequireOtherDrive(job);
   Destination destination(job.folder, Destination::Use::kLook);
   const Journal journal(destination);
   const Plan plan = job.plan(destination, journal);

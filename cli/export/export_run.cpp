@@ -35,8 +35,9 @@ ExportRun::ExportRun(Source& source, Destination& destination, Journal& journal,
 
 void ExportRun::Run() {
   {
+    const std::size_t threads = std::min(source_.FetchesAtOnce(), plan_.tracks.size());
     std::vector<std::jthread> others;
-    for (std::size_t i = 1; i < std::min(source_.FetchesAtOnce(), plan_.tracks.size()); ++i) {
+    for (std::size_t i = 1; i < threads; ++i) {
       others.emplace_back([this] { Work(); });
     }
     Work();

@@ -95,6 +95,11 @@ std::string DeviceSource::ObstacleIn(const Folder& folder) {
   return reachable ? "" : std::string(kUntellablePath);
 }
 
+bool DeviceSource::Holds(const Folder& folder) {
+  FolderSource* drive = Drive();
+  return drive && drive->Holds(folder);
+}
+
 std::vector<Source::MusicFile> DeviceSource::MusicFiles() {
   if (FolderSource* drive = Drive()) return drive->MusicFiles();
   std::vector<MusicFile> files;
@@ -116,7 +121,11 @@ bool DeviceSource::Answers() {
 }
 
 FolderSource* DeviceSource::Drive() {
-  if (IsPhone() || std::exchange(driveSought_, true)) return drive_.get();
+  if (!IsPhone()) std::call_once(driveSought_, [this] { SeekDrive(); });
+  return drive_.get();
+}
+
+void DeviceSource::SeekDrive() {
   fs::path place;
   for (const fs::path& folder : DriveCandidates(driveLetter_)) {
     std::error_code ignored;
@@ -133,7 +142,6 @@ FolderSource* DeviceSource::Drive() {
     place = folder;
   }
   database_.clear();
-  return drive_.get();
 }
 
 FetchResult DeviceSource::FetchByLibrary(const std::string& location, const Folder& folder,

@@ -26,6 +26,9 @@ class FolderSource : public Source {
   Entry LookAt(const std::string& location);
   FetchResult Fetch(const std::string& location, const Folder& folder, const std::string& name,
                     const BytesCallback& tell) override;
+  bool Holds(const Folder& folder) override {
+    return root_.folder.IsDrive() && root_.folder.SharesDriveWith(folder);
+  }
   std::size_t FetchesAtOnce() override { return 2; }
   std::vector<MusicFile> MusicFiles() override;
   bool Answers() override;

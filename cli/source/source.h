@@ -67,6 +67,9 @@ class Source {
   // So many threads may fetch at once, and ask whether the source answers.
   virtual std::size_t FetchesAtOnce() { return 1; }
 
+  // Whether a folder is on the player itself, and would be wiped with it.
+  virtual bool Holds(const Folder&) { return false; }
+
   // What keeps Fetch from making any file in that folder; empty when nothing does.
   virtual std::string ObstacleIn(const Folder&) { return {}; }
 

@@ -124,6 +124,9 @@ class Folder {
   // Holds the folder against other runs of the program until this object ends, however it ends.
   // False when another one holds it, or with an error.
   bool Lock(std::error_code& error);
+  // Whether it is the topmost folder of a drive.
+  bool IsDrive() const;
+  bool SharesDriveWith(const Folder& other) const;
   // Bytes that the user may still write there.
   std::uint64_t FreeBytes(std::error_code& error) const;
   // What the file system gives out at once: a file takes a multiple of it.

@@ -323,6 +323,20 @@ bool Folder::Lock(std::error_code& error) {
   return false;
 }
 
+bool Folder::IsDrive() const {
+  struct stat here = {};
+  struct stat above = {};
+  return fstat(Descriptor(handle_), &here) == 0 &&
+         fstatat(Descriptor(handle_), "..", &above, 0) == 0 && here.st_dev != above.st_dev;
+}
+
+bool Folder::SharesDriveWith(const Folder& other) const {
+  struct stat here = {};
+  struct stat there = {};
+  return fstat(Descriptor(handle_), &here) == 0 && fstat(Descriptor(other.handle_), &there) == 0 &&
+         here.st_dev == there.st_dev;
+}
+
 std::uint64_t Folder::FreeBytes(std::error_code& error) const {
   struct statvfs status = {};
   error = ErrorOf(fstatvfs(Descriptor(handle_), &status));

@@ -365,6 +365,16 @@ bool Folder::Lock(std::error_code& error) {
   return lock_.IsOpen();
 }
 
+bool Folder::IsDrive() const {
+  return path_ == path_.root_path();
+}
+
+// By its letter: what one drive is called by two letters is not known for one.
+bool Folder::SharesDriveWith(const Folder& other) const {
+  return std::ranges::equal(path_.root_name().native(), other.path_.root_name().native(), {},
+                            std::towlower, std::towlower);
+}
+
 std::uint64_t Folder::FreeBytes(std::error_code& error) const {
   ULARGE_INTEGER available = {};
   error =

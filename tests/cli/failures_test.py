@@ -199,11 +199,12 @@ class ManualPage(unittest.TestCase):
     """Looks at what the tests of failures make the program say, and runs those that have not run."""
 
     # Of Windows alone; of a disk that takes nothing, see tests/cli_file_copy_test.cpp; of play counts, see
-    # collection_test.py; of no memory; of a moment that no test can be sure to meet.
+    # collection_test.py; of no memory; of a moment that no test can be sure to meet; of a disk, see
+    # FullDisk below.
     NOT_SAID = ("the phone does not answer. Unlock it", "FILE: the path is too long",
                 "FOLDER: this system's code page", "FILE: the copy came out empty",
                 "FILE: the play counts beside it", "there is not enough memory",
-                "interrupted before anything")
+                "interrupted before anything", "FOLDER: is on the player itself")
 
     @classmethod
     def setUpClass(cls):
@@ -263,6 +264,14 @@ class FullDisk(ProgramTest):
         self.machine.attach_player()
         self.assertIn("has not enough room", self.failure("export", self.out))
         self.assertEqual(list(self.out.iterdir()), [])
+
+    def test_player_is_no_destination(self):
+        player = self.out
+        self.machine.fill(player, TRACKS[:1])
+        for options in ([], ["--dry-run"]):
+            self.assertIn("is on the player itself",
+                          self.failure("export", "--from", player, player / "Saved" / "here", *options))
+        self.assertFalse((player / "Saved").exists())
 
     def test_full_disk_is_told_to_programs(self):
         self.machine.attach_phone()
