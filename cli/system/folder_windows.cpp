@@ -1,6 +1,7 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <cwctype>
 #include <limits>
 #include <utility>
 
