@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -86,7 +87,7 @@ class Selector {
         named.insert(LowerCase(DevicePathOf(track.location)));
       }
     }
-    for (const Source::MusicFile& file : source_.MusicFiles()) {
+    for (const Source::MusicFile& file : MusicFiles()) {
       const std::string path = DevicePathOf(file.location);
       if (named.contains(LowerCase(path))) continue;
       if (!options_.rescue) {
@@ -100,6 +101,16 @@ class Selector {
           (selection_.collection ? selection_.collection->Tracks().size() : 0) +
           selection_.locations.size() - 1);
       selection_.tracks.push_back({track, ItemOf(path), RescuedName(path)});
+    }
+  }
+
+  std::vector<Source::MusicFile> MusicFiles() {
+    try {
+      return source_.MusicFiles();
+    } catch (const Failure&) {
+      if (options_.rescue) throw;
+      program_.Note("Whether the device has music files that its database lacks did not show.");
+      return {};
     }
   }
 
@@ -145,6 +156,9 @@ Plan PlanFor(const Selection& selection, Source& source, Destination& destinatio
   const auto& playlists = selection.collection ? selection.collection->Playlists() : kNone;
   Plan plan = MakePlan(PlayerOf(playlists, selection.tracks, journal), selection.tracks, source,
                        destination, journal);
+  const bool isKnown = std::ranges::any_of(
+      playlists, [](const QuaylinkPlaylist& list) { return list.kind == QUAYLINK_MASTER; });
+  if (!isKnown) DoubtCopies(plan, destination);
   plan.unnamed = selection.unnamed;
   plan.problem = selection.problem;
   return plan;

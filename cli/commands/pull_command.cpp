@@ -84,10 +84,7 @@ int PullFolder(const Program& program, const Library& library,
     Plan plan = MakePlan("files of " + phone.value_or("a phone"),
                          Wanted(files, LimitsBelow(job.folder)), source, destination, journal);
     plan.knowsSizes = false;
-    // Of a phone without a name nothing is known to be there already, until its bytes are compared.
-    for (PlannedTrack& track : plan.tracks) {
-      if (!phone && track.action == Action::kKeep) track.action = Action::kCheck;
-    }
+    if (!phone) DoubtCopies(plan, destination);
     return plan;
   };
   return options.dryRun ? ShowFolderPlan(program, job) : FillFolder(program, job);

@@ -221,6 +221,13 @@ std::error_code Destination::Move(const std::string& name, const std::string& ne
   return error;
 }
 
+std::error_code Destination::Remove(const std::string& name) {
+  CloseFolders();
+  std::error_code error;
+  const Folder* folder = FolderOf(name, false, error);
+  return folder ? folder->Remove(std::string(LastComponent(name))) : error;
+}
+
 void Destination::RemoveEmptyFolders(std::string_view name) {
   for (std::string_view path = FolderPart(name); !path.empty(); path = FolderPart(path)) {
     std::error_code error;

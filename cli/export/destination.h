@@ -50,6 +50,7 @@ class Destination {
   // Gives a file another name, which nothing may have yet, at once, and removes the folders that
   // are empty then.
   std::error_code Move(const std::string& name, const std::string& newName);
+  std::error_code Remove(const std::string& name);
   // Waits until files are on the disk. May run beside everything else.
   std::error_code Flush(std::span<const std::string> names) const { return folder_.Flush(names); }
 

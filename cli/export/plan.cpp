@@ -15,6 +15,19 @@
 namespace quaylink::cli {
 namespace {
 
+// A name that no other track has. What stands there may be the track's copy.
+void GiveName(PlannedTrack& planned, TakenNames& names, Destination& destination) {
+  while (true) {
+    planned.name = names.TakeFree(planned.wanted);
+    const Entry entry = destination.Look(planned.name);
+    planned.action = Action::kCopy;
+    if (entry.kind == EntryKind::kMissing) return;
+    planned.action = Action::kCheck;
+    // Only a file of the same size can be the track's.
+    if (entry.kind == EntryKind::kFile && entry.facts.size == planned.facts.size) return;
+  }
+}
+
 class Planner {
  public:
   Planner(Plan& plan, Source& source, Destination& destination, const Journal& journal)
@@ -87,7 +100,7 @@ class Planner {
       return;
     }
     // Whatever stands there has been changed by somebody, and is left alone.
-    GiveName(planned);
+    GiveName(planned, plan_.names, destination_);
   }
 
   // What the journal knows of the track; corrects what it is known by.
@@ -114,23 +127,11 @@ class Planner {
     if (kind == EntryKind::kMissing) {
       // It may have been renamed by a run that was killed before it could say so.
       planned.ours = false;
-      GiveName(planned);
+      GiveName(planned, plan_.names, destination_);
       return;
     }
     planned.name = FreeName(planned.wanted, plan_.names, destination_);
     planned.movesFrom = record.name;
-  }
-
-  void GiveName(PlannedTrack& planned) {
-    while (true) {
-      planned.name = plan_.names.TakeFree(planned.wanted);
-      const Entry entry = destination_.Look(planned.name);
-      planned.action = Action::kCopy;
-      if (entry.kind == EntryKind::kMissing) return;
-      planned.action = Action::kCheck;
-      // Only a file of the same size can be the track's.
-      if (entry.kind == EntryKind::kFile && entry.facts.size == planned.facts.size) return;
-    }
   }
 
   Plan& plan_;
@@ -214,6 +215,16 @@ Plan MakePlan(const std::string& player, const std::vector<WantedTrack>& tracks,
   plan.tracks.reserve(tracks.size());
   Planner(plan, source, destination, journal).Make(tracks);
   return plan;
+}
+
+void DoubtCopies(Plan& plan, Destination& destination) {
+  for (PlannedTrack& track : plan.tracks) {
+    if (track.action == Action::kKeep) track.action = Action::kCheck;
+    if (track.action != Action::kReplace) continue;
+    track.ours = false;
+    track.movesFrom.clear();
+    GiveName(track, plan.names, destination);
+  }
 }
 
 std::string FreeName(const std::string& wanted, TakenNames& names, Destination& destination) {

@@ -83,6 +83,10 @@ std::string LocationOf(const Track& track);
 Plan MakePlan(const std::string& player, const std::vector<WantedTrack>& tracks, Source& source,
               Destination& destination, const Journal& journal);
 
+// For a player, or a phone, that is not surely the one whose copies the journal knows: nothing is
+// there already until its bytes are compared, and no copy is replaced.
+void DoubtCopies(Plan& plan, Destination& destination);
+
 // A free name for a file that should have one of that name; nothing stands there yet.
 std::string FreeName(const std::string& wanted, TakenNames& names, Destination& destination);
 

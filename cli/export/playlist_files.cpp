@@ -82,7 +82,11 @@ class Writer {
       record.name = NewName(wanted, contents);
       if (record.name.empty()) return true;
     }
-    return Place(record, contents, replaces);
+    // The file of a list that was renamed goes, unless somebody has worked on it.
+    const std::string outdated = ours && !keepsName ? earlier->name : std::string();
+    if (!Place(record, contents, replaces)) return false;
+    if (!outdated.empty()) destination_.Remove(outdated);
+    return true;
   }
 
  private:

@@ -451,6 +451,14 @@ class Playlists(ExportTest):
         self.assertEqual((self.out / "Playlists/Mine.m3u8").read_text(), "by hand")
         self.assertIn(EXPORTED[1], (self.out / "Playlists/Mine (2).m3u8").read_text(encoding="utf-8"))
 
+    def test_file_of_a_renamed_playlist_goes_unless_somebody_worked_on_it(self):
+        self.lists(playlist("Old", [100], [(28, "Q", 21)]), playlist("Edited", [100], [(28, "Q", 22)]))
+        self.export()
+        (self.out / "Playlists/Edited.m3u8").write_text("by hand")
+        self.lists(playlist("New", [100], [(28, "Q", 21)]), playlist("Else", [100], [(28, "Q", 22)]))
+        self.export()
+        self.assertCountEqual(os.listdir(self.out / "Playlists"), ["New.m3u8", "Edited.m3u8", "Else.m3u8"])
+
     def test_playlists_can_be_chosen(self):
         self.lists(playlist("One", [100]), playlist("Two", [101]))
         self.export("--no-playlists")
@@ -514,6 +522,20 @@ class Sources(ExportTest):
                 self.export("--rescue", status=1)
                 rescued = {path.read_bytes() for path in (self.out / "Rescued").rglob("*.*")}
                 self.assertEqual(rescued, {contents_of(number) for number in range(5)})
+
+    def test_players_without_a_database_replace_nothing_of_each_other(self):
+        both = []
+        for number in (0, 1):
+            player = self.folder / f"bare {number}"
+            file = player / "iPod_Control/Music/F00/SAME.mp3"
+            file.parent.mkdir(parents=True)
+            file.write_bytes(contents_of(number))
+            os.utime(file, ns=(0, 10 ** 18))
+            both.append(player)
+        for player in (*both, both[0]):
+            self.run_program("export", "--from", player, self.out, "--rescue", status=1)
+        rescued = [path.read_bytes() for path in (self.out / "Rescued").rglob("*.mp3")]
+        self.assertCountEqual(rescued, [contents_of(0), contents_of(1)])
 
     def test_copy_keeps_the_time_of_the_file(self):
         os.utime(self.music(0), ns=(0, 1234567890123456789))
