@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -45,6 +46,7 @@ struct DeviceFile {
 class FilesOnly : public Source {
  public:
   std::map<std::string, DeviceFile> files;
+  std::function<void()> whenFetched = [] {};
 
   std::string Name() const override { return "the device"; }
   Collection ReadCollection() override { throw Failure("there is none"); }
@@ -63,6 +65,7 @@ class FilesOnly : public Source {
     if (!error) error = copy.SetTime(file->second.time);
     if (error) return NotTaken(error);
     if (tell) tell(file->second.bytes.size());
+    whenFetched();
     return {};
   }
   std::size_t FetchesAtOnce() override { return 3; }
@@ -144,6 +147,27 @@ TEST_F(ExportTo, FolderMakesEveryCopyOnceAndDamagedOnesAnew) {
   EXPECT_EQ(Contents("A/6.mp3"), "01234x");
   EXPECT_EQ(Contents("A/5 (2).mp3"), bytes);
   EXPECT_EQ(Contents("A/6 (2).mp3"), bytes);
+}
+
+TEST_F(ExportTo, FolderMayBeWorkedOnMeanwhile) {
+  Add("/1", "One.mp3", 1, "one");
+  Export();
+  source_.files["/1"].bytes = "another one";
+  source_.whenFetched = [this] { WriteFile(out_ / "One.mp3", "edited"); };
+  EXPECT_THAT(Export(), ElementsAre(Fate::kCopied));
+  EXPECT_EQ(ReadFile(out_ / "One.mp3"), "edited");
+  EXPECT_EQ(ReadFile(out_ / "One (2).mp3"), "another one");
+}
+
+TEST_F(ExportTo, FolderTellsBytesFromCharacters) {
+  const std::vector<std::pair<std::string, std::string>> names = {{"/\xE9", "bytes"},
+                                                                  {"/\xC3\xA9", "letter"}};
+  for (const auto& [location, bytes] : names) Add(location, "Same.mp3", 0, bytes + " ");
+  source_.files["/\xE9"].bytes.resize(source_.files["/\xC3\xA9"].bytes.size(), '!');
+  Export();
+  EXPECT_THAT(Export(), ElementsAre(Fate::kKept, Fate::kKept));
+  EXPECT_EQ(ReadFile(out_ / "Same.mp3").substr(0, 5), "bytes");
+  EXPECT_EQ(ReadFile(out_ / "Same (2).mp3").substr(0, 6), "letter");
 }
 
 TEST_F(ExportTo, FolderKeepsTracksAndPlayersApart) {

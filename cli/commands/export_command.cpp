@@ -154,11 +154,10 @@ Plan PlanFor(const Selection& selection, Source& source, Destination& destinatio
              const Journal& journal) {
   static const std::vector<QuaylinkPlaylist> kNone;
   const auto& playlists = selection.collection ? selection.collection->Playlists() : kNone;
-  Plan plan = MakePlan(PlayerOf(playlists, selection.tracks, journal), selection.tracks, source,
-                       destination, journal);
   const bool isKnown = std::ranges::any_of(
       playlists, [](const QuaylinkPlaylist& list) { return list.kind == QUAYLINK_MASTER; });
-  if (!isKnown) DoubtCopies(plan, destination);
+  Plan plan = MakePlan(PlayerOf(playlists, selection.tracks, journal), selection.tracks, source,
+                       destination, journal, isKnown);
   plan.unnamed = selection.unnamed;
   plan.problem = selection.problem;
   return plan;
@@ -166,17 +165,17 @@ Plan PlanFor(const Selection& selection, Source& source, Destination& destinatio
 
 // Names of all tracks' copies: those of this run, and of earlier ones.
 std::vector<std::string> CopiesOf(const std::vector<std::string>& items, const Plan& plan,
-                                  const std::vector<Fate>& fates, const Journal& journal) {
+                                  const std::vector<Fate>& fates, const Journal& journal,
+                                  Destination& destination) {
   std::vector<std::string> copies(items.size());
   for (std::size_t i = 0; i < items.size(); ++i) {
     const Record* record = journal.Find(plan.player, items[i]);
-    if (record) copies[i] = record->name;
+    if (record && destination.Look(record->name).kind == EntryKind::kFile) copies[i] = record->name;
   }
   for (std::size_t i = 0; i < plan.tracks.size(); ++i) {
     const PlannedTrack& track = plan.tracks[i];
-    if (track.track.index >= copies.size()) continue;
     const bool there = fates[i] != Fate::kFailed && fates[i] != Fate::kPending;
-    copies[track.track.index] = there ? track.name : "";
+    if (there && track.track.index < copies.size()) copies[track.track.index] = track.name;
   }
   return copies;
 }
@@ -197,7 +196,8 @@ int Export(const Program& program, const ExportOptions& options) {
   if (selection.collection && !options.noPlaylists) {
     job.complete = [&](const DoneTracks& done) {
       const PlaylistExport playlists = {
-          *selection.collection, CopiesOf(selection.items, done.plan, done.fates, done.journal),
+          *selection.collection,
+          CopiesOf(selection.items, done.plan, done.fates, done.journal, done.destination),
           options.filter.playlists, limits};
       return ExportPlaylists(playlists, done.plan, done.destination, done.journal, done.flusher,
                              done.report);

@@ -92,7 +92,8 @@ void StartReport(const Program& program, ExportReport& report) {
 
 int StatusAfter(const ExportReport& report, const Plan& plan, Stop stop) {
   if (stop == Stop::kInterrupt) return kInterrupted;
-  const bool good = report.Left() + report.Count(Fate::kFailed) == 0 && plan.problem.empty();
+  const bool good = stop == Stop::kNone && report.Left() + report.Count(Fate::kFailed) == 0 &&
+                    plan.problem.empty();
   return good ? kSuccess : kFailure;
 }
 

@@ -81,10 +81,10 @@ int PullFolder(const Program& program, const Library& library,
   const std::optional<std::string> phone = PhoneOf(source);
   FolderJob job = {source, PathOf(options.destination), ReportKind::kPull};
   job.plan = [&](Destination& destination, const Journal& journal) {
-    Plan plan = MakePlan("files of " + phone.value_or("a phone"),
-                         Wanted(files, LimitsBelow(job.folder)), source, destination, journal);
+    Plan plan =
+        MakePlan("files of " + phone.value_or("a phone"), Wanted(files, LimitsBelow(job.folder)),
+                 source, destination, journal, phone.has_value());
     plan.knowsSizes = false;
-    if (!phone) DoubtCopies(plan, destination);
     return plan;
   };
   return options.dryRun ? ShowFolderPlan(program, job) : FillFolder(program, job);

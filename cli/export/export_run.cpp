@@ -52,7 +52,10 @@ void ExportRun::Work() {
       lock.unlock();
       Lock alone(alone_, std::defer_lock);
       if (TakesRoomTwice(plan_.tracks[jobs.front().index])) alone.lock();
-      for (Job& job : jobs) Fetch(job);
+      for (Job& job : jobs) {
+        if (InterruptRequested()) break;
+        Fetch(job);
+      }
       lock.lock();
       for (const Job& job : jobs) Conclude(job.index, Finish(job, lock));
     }
@@ -118,7 +121,8 @@ std::optional<ExportRun::Outcome> ExportRun::Prepare(PlannedTrack& track) try {
 
 ExportRun::Outcome ExportRun::Finish(const Job& job, Lock& lock) try {
   PlannedTrack& track = plan_.tracks[job.index];
-  if (!job.result.Good()) return Failed(track.name, job.result);
+  if (!job.result) return {Fate::kPending, {}, 0, Stop::kInterrupt};
+  if (!job.result->Good()) return Failed(track.name, *job.result);
   switch (track.action) {
     case Action::kCheck:
       return Settle(track, job.part, lock);
@@ -145,6 +149,12 @@ void ExportRun::Conclude(std::size_t index, Outcome outcome) {
     }
     next = outcomes_.erase(next);
   }
+}
+
+bool ExportRun::IsUntouched(const PlannedTrack& track) const {
+  const Entry there = destination_.Look(track.name);
+  return there.kind == EntryKind::kMissing ||
+         (there.kind == EntryKind::kFile && there.facts == track.copy);
 }
 
 void ExportRun::LookAgain(PlannedTrack& track) {
@@ -182,14 +192,19 @@ ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& par
   File there = destination_.OpenFile(moves ? track.movesFrom : track.name, error);
   File fetched = destination_.Parts().OpenFile(part, error);
   lock.unlock();
-  const Likeness likeness =
+  Likeness likeness =
       there.IsOpen() && fetched.IsOpen() ? Compare(there, fetched) : Likeness::kUnread;
   lock.lock();
-  const FileFacts copy = there.IsOpen() ? there.Facts(error) : FileFacts();
+  // Somebody may have written into it meanwhile.
+  if (destination_.Look(moves ? track.movesFrom : track.name).facts != there.FactsWhenOpened()) {
+    likeness = Likeness::kOther;
+  }
+  const FileFacts copy = there.FactsWhenOpened();
   there.Close();
   fetched.Close();
   // What lost its end was this track's copy; anything else is somebody's work.
   const bool isCut = track.ours && likeness == Likeness::kCut;
+  track.copy = copy;
   Outcome outcome = {Fate::kKept, {}};
   if (moves && (isCut || likeness == Likeness::kSame)) outcome = Move(track);
   if (likeness == Likeness::kSame || outcome.fate == Fate::kFailed) {
@@ -205,6 +220,12 @@ ExportRun::Outcome ExportRun::Settle(PlannedTrack& track, const std::string& par
 ExportRun::Outcome ExportRun::Place(PlannedTrack& track, const std::string& part, bool replaces,
                                     Fate fate) {
   const FileFacts copy = destination_.Parts().Look(part).facts;
+  // Fetching takes its time, in which somebody may have begun to work on what is to be replaced.
+  if (replaces && !IsUntouched(track)) {
+    track.name = FreeName(track.wanted, plan_.names, destination_);
+    replaces = false;
+    fate = Fate::kCopied;
+  }
   Record record = RecordOf(track, copy);
   journal_.Announce(record);
   std::error_code error = destination_.Place(part, track.name, replaces);
@@ -272,13 +293,19 @@ void ExportRun::WaitForDisk() {
   if (!error) return;
   stop_ = Stop::kDestination;
   // Where the disk did not take what it was given, a copy may look whole and not be.
+  bool tellsAny = false;
   for (std::size_t i = flusher_.DurableCount(); i < remembered_.size(); ++i) {
     const PlannedTrack& track = plan_.tracks[remembered_[i]];
     if (fates_[remembered_[i]] == Fate::kFailed) continue;
+    tellsAny = true;
     report_.TellLost(
         track, fates_[remembered_[i]],
         destination_.Shown(track.name) + ": may not have reached the disk: " + ReasonOf(error));
     fates_[remembered_[i]] = Fate::kFailed;
+  }
+  if (!tellsAny) {
+    report_.Complain(Shown(destination_.Path()) +
+                     ": may not have reached the disk: " + ReasonOf(error));
   }
 }
 

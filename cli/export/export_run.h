@@ -46,7 +46,7 @@ class ExportRun {
   struct Job {
     std::size_t index;  // of its track in the plan
     std::string part;
-    FetchResult result = {};
+    std::optional<FetchResult> result = {};  // nothing when there was no time for it any more
   };
 
   // What one of the threads does.
@@ -64,6 +64,8 @@ class ExportRun {
   void Conclude(std::size_t index, Outcome outcome);
   // Looks once more at what is to be renamed or replaced: the plan may have been made hours ago.
   void LookAgain(PlannedTrack& track);
+  // Whether what stands at its name is what the plan has found there.
+  bool IsUntouched(const PlannedTrack& track) const;
   // Gives the copy its new name, as it is.
   Outcome Move(PlannedTrack& track);
   // What becomes of a copy when a file stands at its name. Gives the lock up while it compares.

@@ -84,10 +84,12 @@ std::string DistinctItems::Add(std::string item) {
 Journal::Journal(Destination& destination) : destination_(destination) {
   // What no export can have made is no journal.
   const Entry there = destination.Look(kName);
-  if (there.kind != EntryKind::kFile || there.facts.size > kLargest) return;
+  if (there.kind == EntryKind::kMissing || there.facts.size > kLargest) return;
   std::error_code error;
   File file = destination.OpenFile(kName, error);
-  std::string bytes(static_cast<std::size_t>(there.facts.size), '\0');
+  if (error == std::errc::too_many_symbolic_link_levels || error == std::errc::not_supported)
+    return;
+  std::string bytes(static_cast<std::size_t>(file.FactsWhenOpened().size), '\0');
   if (!error) bytes.resize(file.Read(bytes, error));
   if (error) throw NotRead(ReasonOf(error));
   Read(bytes);
@@ -178,7 +180,7 @@ void Journal::Begin() {
   if (!error) error = file_.Write(bytes);
   if (!error) error = file_.Flush();
   if (!error) error = destination_.Place(part, kName, true);
-  if (error) throw NotWritten(error);
+  broken_ = error;
 }
 
 void Journal::Announce(const Record& record) {
@@ -202,7 +204,7 @@ void Journal::Add(Record record) {
 }
 
 void Journal::Append(const std::string& line) {
-  if (!file_.IsOpen()) Begin();
+  if (!file_.IsOpen() && !broken_) Begin();
   // Behind a line that was cut no other would be understood.
   if (!broken_) broken_ = file_.Write(line);
   if (broken_) throw NotWritten(broken_);
@@ -210,7 +212,8 @@ void Journal::Append(const std::string& line) {
 
 void Journal::MarkDurable(std::size_t count) {
   const std::lock_guard lock(mutex_);
-  if (broken_ || file_.Write(DurableLine(linesBefore_, linesBefore_ + count))) return;
+  if (!broken_) broken_ = file_.Write(DurableLine(linesBefore_, linesBefore_ + count));
+  if (broken_) return;
   for (std::size_t i = 0; i < count; ++i) added_[i]->durable = true;
 }
 

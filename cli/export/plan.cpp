@@ -15,9 +15,12 @@
 namespace quaylink::cli {
 namespace {
 
+// So often a name is sought. In a folder that tells nothing each of them seems to be taken.
+constexpr int kMostNames = 1000;
+
 // A name that no other track has. What stands there may be the track's copy.
 void GiveName(PlannedTrack& planned, TakenNames& names, Destination& destination) {
-  while (true) {
+  for (int i = 0; i < kMostNames; ++i) {
     planned.name = names.TakeFree(planned.wanted);
     const Entry entry = destination.Look(planned.name);
     planned.action = Action::kCopy;
@@ -30,8 +33,13 @@ void GiveName(PlannedTrack& planned, TakenNames& names, Destination& destination
 
 class Planner {
  public:
-  Planner(Plan& plan, Source& source, Destination& destination, const Journal& journal)
-      : plan_(plan), source_(source), destination_(destination), journal_(journal) {}
+  Planner(Plan& plan, Source& source, Destination& destination, const Journal& journal,
+          bool isKnown)
+      : plan_(plan),
+        source_(source),
+        destination_(destination),
+        journal_(journal),
+        isKnown_(isKnown) {}
 
   void Make(const std::vector<WantedTrack>& tracks) {
     journal_.ForEach([this](const Record& record) { plan_.names.Take(record.name); });
@@ -56,6 +64,7 @@ class Planner {
     if (facts) {
       planned.facts = *facts;
       Decide(planned);
+      if (!isKnown_) Doubt(planned);
     }
     if (planned.action != Action::kKeep && planned.action != Action::kNone) AddRoom(planned);
     plan_.tracks.push_back(std::move(planned));
@@ -103,6 +112,16 @@ class Planner {
     GiveName(planned, plan_.names, destination_);
   }
 
+  // Nothing is there already before its bytes are compared, and no copy is replaced.
+  void Doubt(PlannedTrack& planned) {
+    if (planned.action == Action::kKeep) planned.action = Action::kCheck;
+    if (planned.action != Action::kReplace) return;
+    planned.ours = false;
+    planned.copy = {};
+    planned.movesFrom.clear();
+    GiveName(planned, plan_.names, destination_);
+  }
+
   // What the journal knows of the track; corrects what it is known by.
   const Record* Find(PlannedTrack& planned) {
     const Record* record = journal_.Find(plan_.player, planned.item);
@@ -138,6 +157,7 @@ class Planner {
   Source& source_;
   Destination& destination_;
   const Journal& journal_;
+  bool isKnown_;
   std::uint64_t twice_ = 0;  // the largest file of those that are fetched once again, one by one
 };
 
@@ -202,36 +222,29 @@ std::vector<std::string> ItemsOf(const std::vector<Track>& tracks) {
 
 std::string ItemOf(std::string_view devicePath) {
   if (MakeValid(devicePath) == devicePath) return std::string(devicePath);
-  // The journal holds characters only: each byte becomes the one of its number.
-  std::u32string characters;
+  // The journal holds characters only: each byte becomes the one of its number, and no path of
+  // characters begins like that.
+  std::u32string characters = U"bytes ";
   for (const char byte : devicePath) characters += static_cast<unsigned char>(byte);
   return Encode(characters);
 }
 
 Plan MakePlan(const std::string& player, const std::vector<WantedTrack>& tracks, Source& source,
-              Destination& destination, const Journal& journal) {
+              Destination& destination, const Journal& journal, bool isKnown) {
   Plan plan;
   plan.player = player;
   plan.tracks.reserve(tracks.size());
-  Planner(plan, source, destination, journal).Make(tracks);
+  Planner(plan, source, destination, journal, isKnown).Make(tracks);
   return plan;
 }
 
-void DoubtCopies(Plan& plan, Destination& destination) {
-  for (PlannedTrack& track : plan.tracks) {
-    if (track.action == Action::kKeep) track.action = Action::kCheck;
-    if (track.action != Action::kReplace) continue;
-    track.ours = false;
-    track.movesFrom.clear();
-    GiveName(track, plan.names, destination);
-  }
-}
-
 std::string FreeName(const std::string& wanted, TakenNames& names, Destination& destination) {
-  while (true) {
-    std::string name = names.TakeFree(wanted);
-    if (destination.Look(name).kind == EntryKind::kMissing) return name;
+  std::string name;
+  for (int i = 0; i < kMostNames; ++i) {
+    name = names.TakeFree(wanted);
+    if (destination.Look(name).kind == EntryKind::kMissing) break;
   }
+  return name;
 }
 
 }  // namespace quaylink::cli

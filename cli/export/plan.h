@@ -79,15 +79,14 @@ std::vector<std::string> ItemsOf(const std::vector<Track>& tracks);
 std::string ItemOf(std::string_view devicePath);
 std::string LocationOf(const Track& track);
 
-// Throws a Failure when it is interrupted.
+// Where it is not known for sure that the player is the one whose copies the journal knows, nothing
+// is there already until its bytes are compared, and no copy is replaced. Throws a Failure when it
+// is interrupted.
 Plan MakePlan(const std::string& player, const std::vector<WantedTrack>& tracks, Source& source,
-              Destination& destination, const Journal& journal);
+              Destination& destination, const Journal& journal, bool isKnown = true);
 
-// For a player, or a phone, that is not surely the one whose copies the journal knows: nothing is
-// there already until its bytes are compared, and no copy is replaced.
-void DoubtCopies(Plan& plan, Destination& destination);
-
-// A free name for a file that should have one of that name; nothing stands there yet.
+// A free name for a file that should have one of that name; nothing stands there yet, as far as the
+// folder tells.
 std::string FreeName(const std::string& wanted, TakenNames& names, Destination& destination);
 
 }  // namespace quaylink::cli

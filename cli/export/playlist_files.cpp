@@ -15,6 +15,9 @@
 namespace quaylink::cli {
 namespace {
 
+// So often a name is sought, in a folder that may tell nothing.
+constexpr int kMostNames = 1000;
+
 std::string ContentsOf(const QuaylinkPlaylist& playlist, const PlaylistExport& playlists) {
   std::string contents = "#EXTM3U\n";
   for (std::uint32_t i = 0; i < playlist.trackCount; ++i) {
@@ -66,7 +69,7 @@ class Writer {
     record.wanted = wanted;
     const Record* earlier = journal_.Find(record.player, record.item);
     const Entry there = earlier ? destination_.Look(earlier->name) : Entry();
-    const bool keepsName = earlier && earlier->wanted == wanted;
+    const bool keepsName = earlier && LowerCase(earlier->wanted) == LowerCase(wanted);
     const bool ours = there.kind == EntryKind::kFile && there.facts == earlier->copy;
     bool replaces = false;
     if (keepsName && ours) {
@@ -92,8 +95,9 @@ class Writer {
  private:
   // Empty when there is a file already that says the same.
   std::string NewName(const std::string& wanted, const std::string& contents) {
-    while (true) {
-      std::string name = plan_.names.TakeFree(wanted);
+    std::string name;
+    for (int i = 0; i < kMostNames; ++i) {
+      name = plan_.names.TakeFree(wanted);
       const Entry there = destination_.Look(name);
       if (there.kind == EntryKind::kMissing) return name;
       if (there.kind == EntryKind::kFile && there.facts.size == contents.size() &&
@@ -101,6 +105,7 @@ class Writer {
         return {};
       }
     }
+    return name;
   }
 
   bool Place(Record& record, const std::string& contents, bool replaces) {

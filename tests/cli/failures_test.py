@@ -204,7 +204,8 @@ class ManualPage(unittest.TestCase):
     NOT_SAID = ("the phone does not answer. Unlock it", "FILE: the path is too long",
                 "FOLDER: this system's code page", "FILE: the copy came out empty",
                 "FILE: the play counts beside it", "there is not enough memory",
-                "interrupted before anything", "FOLDER: is on the player itself")
+                "interrupted before anything", "FILE: may not have reached the disk",
+                "FOLDER: is on the player itself")
 
     @classmethod
     def setUpClass(cls):
