@@ -32,10 +32,10 @@ std::string Examples(std::string_view lines) {
   return "Examples:\n" + std::string(lines);
 }
 
-void AddDestination(CLI::App& command, std::string& destination) {
+void AddDestination(CLI::App& command, std::string& destination, const std::string& more = {}) {
   command
       .add_option("DEST", destination,
-                  "The file to write (or replace), or a folder to put a new file into")
+                  "The file to write (or replace), or a folder to put a new file into" + more)
       ->transform(ReadPath())
       ->required()
       ->type_name("PATH");
@@ -171,7 +171,9 @@ void AddPullCommand(CLI::App& app, Command& chosen, Program& program) {
       ->transform(ReadDevicePath())
       ->required()
       ->type_name("");
-  AddDestination(command, options.destination);
+  AddDestination(command, options.destination,
+                 "; a folder of a phone goes with its tree into the folder DEST, made when it is "
+                 "missing");
   AddDryRunOption(command, options.dryRun);
   AddEventsOption(command, program);
   command.footer(Examples(kPullExamples));

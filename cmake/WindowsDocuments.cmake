@@ -16,7 +16,7 @@ set(manualPage ${PROJECT_SOURCE_DIR}/docs/quaylink.1)
 add_custom_command(
   OUTPUT ${manual}
   COMMAND ${CMAKE_COMMAND} -D MANDOC=${QUAYLINK_MANDOC} -D PAGE=${manualPage} -D OUTPUT=${manual}
-          -D TEMPLATE=${packages}/manual.html.in -P ${packages}/make-manual.cmake
+          -D VERSION=${PROJECT_VERSION} -D TEMPLATE=${packages}/manual.html.in -P ${packages}/make-manual.cmake
   DEPENDS ${manualPage} ${packages}/manual.html.in ${packages}/make-manual.cmake
   COMMENT "Making manual.html" VERBATIM)
 add_custom_target(manual ALL DEPENDS ${manual})

@@ -1,6 +1,11 @@
 # Completion of the quaylink command for PowerShell. To have it in every session, add to the file that $PROFILE names:
 #
 #   . C:\Quaylink\completion\quaylink.ps1
+#
+# PowerShell runs no scripts until it is told to, and none that came from the network; type once:
+#
+#   Set-ExecutionPolicy -Scope CurrentUser RemoteSigned
+#   Unblock-File C:\Quaylink\completion\quaylink.ps1
 Register-ArgumentCompleter -Native -CommandName quaylink, quaylink.exe -ScriptBlock {
     param($word, $commandLine, $position)
 

@@ -25,7 +25,8 @@ const std::string_view kPlaylistsExamples =
 
 const std::string_view kExportExamples =
     "  quaylink export ~\\Music\n"
-    "  quaylink export \"D:\\My Music\" --verify\n"
+    "  quaylink export ~\\Music --verify\n"
+    "  quaylink export \"D:\\My Music\"\n"
     "  quaylink export --from E:\\ ~\\Music --artist björk --dry-run\n"
     "  quaylink export ~\\Music --name \"{genre}/{artist} - {title}[ ({year})]\"\n"
     "  quaylink export ~\\Podcasts --kind podcast --name \"{album}/[{released} ]{title}\"";

@@ -1,6 +1,7 @@
-"""Takes the music off the attached player or phone: runs the program quaylink, and follows its events.
+"""Takes music or files off the attached player or phone: runs the program quaylink, and follows its events.
 
-python3 export_events.py PROGRAM FOLDER
+python3 follow_events.py PROGRAM FOLDER              all music
+python3 follow_events.py PROGRAM DEVICE_PATH DEST    a file of the device, or a phone's folder, such as /DCIM/
 
 PROGRAM is quaylink, or quaylink.exe on Windows, where every Python will do. Ctrl-C cancels: the copy under way is
 finished, and the same command goes on from there.
@@ -26,26 +27,32 @@ def show_progress(text=""):
 
 
 def main():
-    if len(sys.argv) != 3:
-        sys.exit("usage: python3 export_events.py PROGRAM FOLDER")
-    program, folder = sys.argv[1:]
-    # The end of its input, which this program holds open, cancels the export. The events tell everything that is said
+    if len(sys.argv) not in (3, 4):
+        sys.exit("usage: python3 follow_events.py PROGRAM FOLDER, or PROGRAM DEVICE_PATH DEST")
+    program, *paths = sys.argv[1:]
+    command = "export" if len(paths) == 1 else "pull"
+    # The end of its input, which this program holds open, cancels the run. The events tell everything that is said
     # on its error stream, and on Windows no console window is wanted.
     try:
-        process = subprocess.Popen([program, "export", "--json", folder], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+        process = subprocess.Popen([program, command, "--json", *paths], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
                                    stderr=subprocess.DEVNULL, creationflags=getattr(subprocess, "CREATE_NO_WINDOW", 0))
     except OSError as error:
         sys.exit(f"{program}: {error.strerror}")
     signal.signal(signal.SIGINT, lambda *_: process.stdin.close())
-    end = {}
+    start, end, told = {}, {}, 0
     with process:
         for event in events(process):
-            if event["event"] == "progress":
-                percent = 100 * event["bytes"] // max(event["total"], 1)
-                show_progress(f"{percent:3} %  {event['name']}")
-            elif event["event"] == "track" and event["result"] == "failed":
-                show_progress()
-                print(f"{event['name']}: {event['error']}")
+            if event["event"] == "start":
+                start = event
+            elif event["event"] == "progress":
+                # A phone tells no sizes of files that are pulled: these are counted.
+                done, total = (event["bytes"], event["total"]) if event["total"] else (told, start["tracks"])
+                show_progress(f"{100 * done // total:3} %  {event['name']}")
+            elif event["event"] == "track":
+                told += 1
+                if event["result"] == "failed":
+                    show_progress()
+                    print(f"{event['name']}: {event['error']}")
             elif event["event"] == "end":
                 end = event
     show_progress()
