@@ -86,7 +86,6 @@ std::vector<ExportRun::Job> ExportRun::TakeJobs() {
       Conclude(index, std::move(*outcome));
       continue;
     }
-    report_.Begin(track);
     jobs.push_back({index, destination_.NewPart()});
     bytes += track.facts.size;
     if (TakesRoomTwice(track)) break;
@@ -97,11 +96,14 @@ std::vector<ExportRun::Job> ExportRun::TakeJobs() {
 void ExportRun::Fetch(Job& job) {
   const PlannedTrack& track = plan_.tracks[job.index];
   BytesCallback tell;
-  if (track.facts.size > kEnoughBytes) {
+  // Only for those who look do the threads meet here.
+  if (report_.IsFollowed()) {
     tell = [this, &track](std::uint64_t bytes) {
       const Lock lock(mutex_);
       report_.Progress(track, bytes);
     };
+    const Lock lock(mutex_);
+    report_.Begin(track);
   }
   job.result = source_.Fetch(track.track.location, destination_.Parts(), job.part, tell);
 }

@@ -15,9 +15,6 @@
 namespace quaylink::cli {
 namespace {
 
-// So often a name is sought. In a folder that tells nothing each of them seems to be taken.
-constexpr int kMostNames = 1000;
-
 // A name that no other track has. What stands there may be the track's copy.
 void GiveName(PlannedTrack& planned, TakenNames& names, Destination& destination) {
   for (int i = 0; i < kMostNames; ++i) {

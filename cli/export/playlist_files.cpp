@@ -15,9 +15,6 @@
 namespace quaylink::cli {
 namespace {
 
-// So often a name is sought, in a folder that may tell nothing.
-constexpr int kMostNames = 1000;
-
 std::string ContentsOf(const QuaylinkPlaylist& playlist, const PlaylistExport& playlists) {
   std::string contents = "#EXTM3U\n";
   for (std::uint32_t i = 0; i < playlist.trackCount; ++i) {

@@ -63,6 +63,7 @@ ExportReport::ExportReport(const Program& program, const std::filesystem::path& 
       folder_(folder),
       plan_(plan),
       kind_(kind),
+      isFollowed_(program.tellsEvents || ShowsBar(program)),
       // A person who watches the bar needs no line for each track.
       tellsCopies_(!program.tellsEvents && !program.quiet &&
                    (program.verbose || !(ShowsBar(program) && IsTerminal(Stream::kOutput)))),

@@ -39,7 +39,9 @@ class ExportReport {
 
   // A real run: what is to be done, bytes as they come, what became of each track, and the end.
   void Start() { TellStart(false); }
-  // Several tracks may be under way at once.
+  // Whether somebody follows the two below, which need not be told otherwise. Several tracks may be
+  // under way at once.
+  bool IsFollowed() const { return isFollowed_; }
   void Begin(const PlannedTrack& track);
   void Progress(const PlannedTrack& track, std::uint64_t bytes);
   void Tell(const PlannedTrack& track, Fate fate, std::uint64_t copiedBytes,
@@ -75,6 +77,7 @@ class ExportReport {
   const std::filesystem::path folder_;
   const Plan& plan_;
   ReportKind kind_;
+  bool isFollowed_;
   bool tellsCopies_;
   ProgressBar bar_;
   std::array<std::size_t, kFates> counts_ = {};

@@ -9,6 +9,9 @@
 
 namespace quaylink::cli {
 
+// So often a free name is sought in a folder: where that tells nothing, each seems to be taken.
+inline constexpr int kMostNames = 1000;
+
 // Upper and lower case make no difference, as on many file systems.
 class TakenNames {
  public:
