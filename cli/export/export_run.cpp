@@ -70,25 +70,21 @@ std::vector<ExportRun::Job> ExportRun::TakeJobs() {
   const std::size_t most = source_.FetchesAtOnce() > 1 ? kMostJobs : 1;
   std::vector<Job> jobs;
   std::uint64_t bytes = 0;
-  while (next_ < plan_.tracks.size() && stop_ == Stop::kNone && jobs.size() < most &&
-         bytes < kEnoughBytes) {
+  while (next_ < plan_.tracks.size() && stop_ == Stop::kNone && jobs.size() < most) {
     if (InterruptRequested()) {
       stop_ = Stop::kInterrupt;
       break;
     }
+    PlannedTrack& track = plan_.tracks[next_];
+    const bool fits = !TakesRoomTwice(track) && bytes + track.facts.size <= kEnoughBytes;
+    if (!jobs.empty() && !fits) break;
     const std::size_t index = next_++;
-    PlannedTrack& track = plan_.tracks[index];
-    if (!jobs.empty() && TakesRoomTwice(track)) {
-      --next_;
-      break;
-    }
     if (std::optional<Outcome> outcome = Prepare(track)) {
       Conclude(index, std::move(*outcome));
       continue;
     }
     jobs.push_back({index, destination_.NewPart()});
-    bytes += track.facts.size;
-    if (TakesRoomTwice(track)) break;
+    bytes += fits ? track.facts.size : kEnoughBytes;
   }
   return jobs;
 }

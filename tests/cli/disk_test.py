@@ -189,10 +189,10 @@ class Export(ProgramTest):
         self.assertEqual({(self.out / name).stat().st_mode & 0o777 for name in EXPORTED}, {0o640})
 
     def test_player_that_goes_away_ends_the_export(self):
-        # The program waits for its output to be read when the first copy is finished; small files would all be
-        # fetched by then.
-        for number, (_, _, _, location) in enumerate(TRACKS):
-            self.machine.drive.joinpath(*location.split(":")[1:]).write_bytes(contents_of(number) * 50)
+        # The program waits for its output to be read when the first copy is finished. All others would be there by
+        # then if they were small.
+        for _, _, _, location in TRACKS[1:]:
+            os.truncate(self.machine.drive.joinpath(*location.split(":")[1:]), 64 << 20)
         pipe = FullPipe()
         process = self.start("export", self.out, stdout=pipe.writer)
         wait_for(self.out / EXPORTED[0])
@@ -201,9 +201,9 @@ class Export(ProgramTest):
         output = pipe.read()
         errors = process.communicate(timeout=60)[1].decode()
         self.assertEqual(process.returncode, 1)
-        # The next one may have been read before.
+        # Some of them may have been read before.
         copied = self.exported_files()
-        self.assertIn(copied, (EXPORTED[:1], sorted(EXPORTED[:2]), sorted([EXPORTED[0], EXPORTED[2]])))
+        self.assertIn(EXPORTED[0], copied)
         self.assertIn(f"{len(copied)} copied", output)
         self.assertIn(f" 0 already there, 1 failed, {4 - len(copied)} not reached", output)
         self.assertRegex(errors, "^quaylink: .*: the device has gone away, or does not answer any more\n"
@@ -211,7 +211,7 @@ class Export(ProgramTest):
         (self.folder / "unplugged").rename(self.machine.drive)
         self.run_program("export", self.out)
         for number, name in enumerate(EXPORTED):
-            self.assertEqual((self.out / name).read_bytes(), contents_of(number) * 50)
+            self.assertEqual((self.out / name).read_bytes().rstrip(b"\0"), contents_of(number).rstrip(b"\0"), name)
 
     def test_nothing_that_leads_off_the_player_is_copied(self):
         secret = self.folder / "secret"
