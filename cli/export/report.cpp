@@ -195,6 +195,8 @@ std::vector<ExportReport::UnderWay>::iterator ExportReport::FindUnderWay(
 void ExportReport::TellProgress(const PlannedTrack& track) {
   std::uint64_t bytes = bytesBefore_;
   for (const UnderWay& other : underWay_) bytes += other.bytes;
+  // A copy that has vanished since the plan was made is fetched without being part of the sum.
+  bytes = std::min(bytes, plan_.bytes);
   bar_.Show(bytes, track.title);
   if (!program_.tellsEvents) return;
   Json json = EventOf("progress");
